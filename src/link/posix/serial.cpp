@@ -1,0 +1,173 @@
+// Serial transport on POSIX terminals: raw 8N1 at the record's baud rate.
+// Reads and writes block until the whole count is done, with no time limit.
+#include <fcntl.h>
+#include <sys/uio.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "kvnsdk2.h"
+#include "link/config.h"
+#include "link/transport.h"
+
+namespace kvn {
+namespace {
+
+struct BaudEntry {
+    uint32_t rate;
+    speed_t code;
+};
+
+constexpr BaudEntry kBauds[] = {
+    {50, B50},         {75, B75},         {110, B110},       {134, B134},       {150, B150},
+    {200, B200},       {300, B300},       {600, B600},       {1200, B1200},     {1800, B1800},
+    {2400, B2400},     {4800, B4800},     {9600, B9600},     {19200, B19200},   {38400, B38400},
+#ifdef B57600
+    {57600, B57600},
+#endif
+#ifdef B115200
+    {115200, B115200},
+#endif
+#ifdef B230400
+    {230400, B230400},
+#endif
+#ifdef B460800
+    {460800, B460800},
+#endif
+#ifdef B921600
+    {921600, B921600},
+#endif
+};
+
+bool baud_code(uint32_t rate, speed_t* code) noexcept {
+    for (const BaudEntry& e : kBauds) {
+        if (e.rate == rate) {
+            *code = e.code;
+            return true;
+        }
+    }
+    return false;
+}
+
+// The wide device name as a UTF-8 path; false when it does not fit.
+bool to_path(const wchar_t* name, char* out, size_t size) noexcept {
+    size_t n = 0;
+    for (; *name != 0; ++name) {
+        const uint32_t c = static_cast<uint32_t>(*name);
+        char buf[4];
+        size_t len;
+        if (c < 0x80) {
+            buf[0] = static_cast<char>(c);
+            len = 1;
+        } else if (c < 0x800) {
+            buf[0] = static_cast<char>(0xC0 | (c >> 6));
+            buf[1] = static_cast<char>(0x80 | (c & 0x3F));
+            len = 2;
+        } else if (c < 0x10000) {
+            buf[0] = static_cast<char>(0xE0 | (c >> 12));
+            buf[1] = static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+            buf[2] = static_cast<char>(0x80 | (c & 0x3F));
+            len = 3;
+        } else if (c < 0x110000) {
+            buf[0] = static_cast<char>(0xF0 | (c >> 18));
+            buf[1] = static_cast<char>(0x80 | ((c >> 12) & 0x3F));
+            buf[2] = static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+            buf[3] = static_cast<char>(0x80 | (c & 0x3F));
+            len = 4;
+        } else {
+            return false;
+        }
+        if (n + len >= size) return false;
+        std::memcpy(out + n, buf, len);
+        n += len;
+    }
+    out[n] = 0;
+    return n > 0;
+}
+
+int32_t serial_open(kvn_device_conn* conn) noexcept {
+    char path[1024];
+    conn->link.serial_handle = -1;
+    if (conn->serial_port == nullptr || !to_path(conn->serial_port, path, sizeof path)) {
+        return KVN_E_CONNECTION_FAILED;
+    }
+    int fd;
+    do {
+        fd = ::open(path, O_RDWR | O_NOCTTY | O_CLOEXEC);
+    } while (fd < 0 && errno == EINTR);
+    conn->link.serial_handle = fd;
+    if (fd < 0) return KVN_E_CONNECTION_FAILED;
+
+    termios tio;
+    if (::tcgetattr(fd, &tio) != 0) {
+        ::close(fd);
+        return KVN_E_CONNECTION_FAILED;
+    }
+    // A configuration the port refuses is a write failure (-3), unlike a port
+    // that cannot be opened or queried (-5).
+    speed_t speed;
+    if (!baud_code(conn->baud_rate, &speed)) {
+        ::close(fd);
+        return KVN_E_WRITE_TIMEOUT;
+    }
+    ::cfmakeraw(&tio);
+    tio.c_cflag &= ~static_cast<tcflag_t>(CSIZE | PARENB | CSTOPB);
+    tio.c_cflag |= CS8 | CLOCAL | CREAD;
+    tio.c_cc[VMIN] = 1;
+    tio.c_cc[VTIME] = 0;
+    if (::cfsetispeed(&tio, speed) != 0 || ::cfsetospeed(&tio, speed) != 0 || ::tcsetattr(fd, TCSANOW, &tio) != 0) {
+        ::close(fd);
+        return KVN_E_WRITE_TIMEOUT;
+    }
+    return 0;
+}
+
+int32_t serial_close(kvn_device_conn* conn) noexcept {
+    ::close(conn->link.serial_handle);
+    return 0;
+}
+
+int32_t serial_send(kvn_conn_link* link, const ConstBuf* parts, size_t count) noexcept {
+    const int fd = link->serial_handle;
+    for (size_t i = 0; i < count; ++i) {
+        uint32_t sent = 0;
+        while (sent < parts[i].size) {
+            const ssize_t w = ::write(fd, parts[i].data + sent, parts[i].size - sent);
+            if (w > 0) {
+                sent += static_cast<uint32_t>(w);
+                continue;
+            }
+            if (w < 0 && errno == EINTR) continue;
+            const int err = errno;
+            diagnostic("\n Error in write is %d and errno is %d\n", static_cast<int>(w < 0 ? 0 : w), err);
+            return KVN_E_WRITE_TIMEOUT;
+        }
+    }
+    return 0;
+}
+
+int32_t serial_receive(kvn_conn_link* link, uint8_t* buffer, uint32_t count) noexcept {
+    const int fd = link->serial_handle;
+    uint32_t received = 0;
+    while (received < count) {
+        const ssize_t r = ::read(fd, buffer + received, count - received);
+        if (r > 0) {
+            received += static_cast<uint32_t>(r);
+            continue;
+        }
+        if (r < 0 && errno == EINTR) continue;
+        // 0 is a hang-up here (the blocking read returns at least one byte otherwise).
+        return KVN_E_READ_TIMEOUT;
+    }
+    return 0;
+}
+
+constexpr Transport kSerial{serial_send, serial_receive, serial_open, serial_close};
+
+}  // namespace
+
+const Transport& serial_transport() noexcept { return kSerial; }
+
+}  // namespace kvn

@@ -1,0 +1,143 @@
+// TCP transport on POSIX sockets.
+//
+// Reads and writes try the socket first and wait with poll() only when it would
+// block, so a response that is already in the receive buffer costs no extra
+// system call; each wait is bounded by the configured per-chunk limit.
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
+#include <sys/uio.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "kvnsdk2.h"
+#include "link/config.h"
+#include "link/posix/wait.h"
+#include "link/transport.h"
+
+namespace kvn {
+namespace {
+
+#if defined(MSG_NOSIGNAL)
+constexpr int kSendFlags = MSG_NOSIGNAL | MSG_DONTWAIT;
+#else
+constexpr int kSendFlags = MSG_DONTWAIT;  // SO_NOSIGPIPE is set on the socket instead
+#endif
+
+int connect_with_limit(int fd, const sockaddr_in& addr, int limit_ms) noexcept {
+    const auto* sa = reinterpret_cast<const sockaddr*>(&addr);
+    if (limit_ms <= 0) {
+        int r;
+        do {
+            r = ::connect(fd, sa, sizeof addr);
+        } while (r != 0 && errno == EINTR);
+        // A connect interrupted and resumed in the background reports EISCONN later.
+        return (r == 0 || errno == EISCONN) ? 0 : -1;
+    }
+    const int flags = ::fcntl(fd, F_GETFL, 0);
+    if (flags < 0 || ::fcntl(fd, F_SETFL, flags | O_NONBLOCK) != 0) return -1;
+    int r = ::connect(fd, sa, sizeof addr);
+    if (r != 0 && (errno == EINPROGRESS || errno == EINTR)) {
+        r = -1;
+        if (posix::wait_ready(fd, POLLOUT, limit_ms) == 1) {
+            int err = 0;
+            socklen_t len = sizeof err;
+            if (::getsockopt(fd, SOL_SOCKET, SO_ERROR, &err, &len) == 0 && err == 0) r = 0;
+        }
+    }
+    ::fcntl(fd, F_SETFL, flags);
+    return r == 0 ? 0 : -1;
+}
+
+int32_t tcp_open(kvn_device_conn* conn) noexcept {
+    const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
+    conn->link.socket = fd;  // stored before connecting: close releases it even after a failure
+    if (fd < 0) return KVN_E_CONNECTION_FAILED;
+    ::fcntl(fd, F_SETFD, FD_CLOEXEC);
+    const int one = 1;
+    ::setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
+#if !defined(MSG_NOSIGNAL) && defined(SO_NOSIGPIPE)
+    ::setsockopt(fd, SOL_SOCKET, SO_NOSIGPIPE, &one, sizeof one);
+#endif
+    sockaddr_in addr;
+    std::memset(&addr, 0, sizeof addr);
+    addr.sin_family = AF_INET;
+    addr.sin_port = htons(conn->port);
+    addr.sin_addr.s_addr = conn->ip_address != nullptr ? ::inet_addr(conn->ip_address) : INADDR_NONE;
+    if (connect_with_limit(fd, addr, connect_timeout_ms()) != 0) return KVN_E_CONNECTION_FAILED;
+    return 0;
+}
+
+int32_t tcp_close(kvn_device_conn* conn) noexcept {
+    // The stored descriptor is left as it is; closing twice is the caller's error.
+    return ::close(conn->link.socket) == 0 ? 0 : -1;
+}
+
+int32_t tcp_send(kvn_conn_link* link, const ConstBuf* parts, size_t count) noexcept {
+    constexpr size_t kMaxParts = 8;
+    if (count > kMaxParts) return KVN_E_WRITE_TIMEOUT;
+    iovec iov[kMaxParts];
+    size_t n = 0;
+    for (size_t i = 0; i < count; ++i) {
+        if (parts[i].size == 0) continue;
+        iov[n].iov_base = const_cast<uint8_t*>(parts[i].data);
+        iov[n].iov_len = parts[i].size;
+        ++n;
+    }
+    iovec* next = iov;
+    const int fd = link->socket;
+    while (n > 0) {
+        msghdr msg{};
+        msg.msg_iov = next;
+        msg.msg_iovlen = static_cast<decltype(msg.msg_iovlen)>(n);
+        const ssize_t sent = ::sendmsg(fd, &msg, kSendFlags);
+        if (sent > 0) {
+            size_t done = static_cast<size_t>(sent);
+            while (n > 0 && done >= next->iov_len) {
+                done -= next->iov_len;
+                ++next;
+                --n;
+            }
+            if (n > 0) {
+                next->iov_base = static_cast<uint8_t*>(next->iov_base) + done;
+                next->iov_len -= done;
+            }
+            continue;
+        }
+        if (sent < 0 && errno == EINTR) continue;
+        if (sent < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) {
+            if (posix::wait_ready(fd, POLLOUT, write_timeout_ms()) == 1) continue;
+        }
+        return KVN_E_WRITE_TIMEOUT;
+    }
+    return 0;
+}
+
+int32_t tcp_receive(kvn_conn_link* link, uint8_t* buffer, uint32_t count) noexcept {
+    const int fd = link->socket;
+    uint32_t received = 0;
+    while (received < count) {
+        const ssize_t r = ::recv(fd, buffer + received, count - received, MSG_DONTWAIT);
+        if (r > 0) {
+            received += static_cast<uint32_t>(r);
+            continue;
+        }
+        if (r == 0) return KVN_E_READ_TIMEOUT;  // the peer closed the connection
+        if (errno == EINTR) continue;
+        if (errno != EAGAIN && errno != EWOULDBLOCK) return KVN_E_READ_TIMEOUT;
+        if (posix::wait_ready(fd, POLLIN, read_timeout_ms()) != 1) return KVN_E_READ_TIMEOUT;
+    }
+    return 0;
+}
+
+constexpr Transport kTcp{tcp_send, tcp_receive, tcp_open, tcp_close};
+
+}  // namespace
+
+const Transport& tcp_transport() noexcept { return kTcp; }
+
+}  // namespace kvn

@@ -1,0 +1,221 @@
+// POSIX transport: serial over a pseudo-terminal pair, descriptors above 1024,
+// no SIGPIPE, connection failures.
+#include <fcntl.h>
+#include <pty.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <thread>
+
+#include "kvnsdk2.h"
+#include "peer.h"
+
+using kvntest::Bytes;
+using kvntest::LoopbackPeer;
+using kvntest::sock_t;
+
+namespace {
+
+struct Pty {
+    int master = -1, slave = -1;
+    std::wstring name;
+    Pty() {
+        char path[128];
+        if (::openpty(&master, &slave, path, nullptr, nullptr) != 0) return;
+        name.assign(path, path + std::strlen(path));
+    }
+    ~Pty() {
+        if (master >= 0) ::close(master);
+        if (slave >= 0) ::close(slave);
+    }
+};
+
+Bytes read_fd(int fd, size_t n) {
+    Bytes b(n);
+    size_t got = 0;
+    while (got < n) {
+        ssize_t r = ::read(fd, b.data() + got, n - got);
+        if (r <= 0) break;
+        got += static_cast<size_t>(r);
+    }
+    b.resize(got);
+    return b;
+}
+
+kvn_device_conn serial_conn(const std::wstring& name, uint32_t baud) {
+    kvn_device_conn c;
+    std::memset(&c, 0, sizeof c);
+    c.serial_port = name.c_str();
+    c.baud_rate = baud;
+    c.link.conn_type = KVN_CONN_SERIAL;
+    return c;
+}
+
+}  // namespace
+
+TEST(SerialLink, ExchangeOverPseudoTerminal) {
+    Pty pty;
+    ASSERT_GE(pty.master, 0);
+    kvn_device_conn c = serial_conn(pty.name, 115200);
+    ASSERT_EQ(kvn_open_device_conn(&c), 0);
+
+    // The port is raw 8N1 at the requested speed.
+    termios tio;
+    ASSERT_EQ(::tcgetattr(c.link.serial_handle, &tio), 0);
+    EXPECT_EQ(cfgetospeed(&tio), static_cast<speed_t>(B115200));
+    EXPECT_EQ(tio.c_cflag & CSIZE, static_cast<tcflag_t>(CS8));
+    EXPECT_EQ(tio.c_cflag & (PARENB | CSTOPB), 0u);
+    EXPECT_EQ(tio.c_lflag & ICANON, 0u);
+
+    Bytes request;
+    const Bytes payload = {1, 4, 0xFF, 0x00, 0x00, 0x80};  // bytes a cooked line would mangle
+    std::thread terminal([&] {
+        request = read_fd(pty.master, 28);
+        // The answer arrives in two pieces: reads must gather the whole count.
+        const Bytes answer = kvntest::response(0, payload);
+        ASSERT_EQ(::write(pty.master, answer.data(), 10), 10);
+        std::this_thread::sleep_for(std::chrono::milliseconds(30));
+        ASSERT_EQ(::write(pty.master, answer.data() + 10, answer.size() - 10), static_cast<ssize_t>(answer.size() - 10));
+    });
+    const uint32_t word = KVN_REQUEST_WORD(KVN_REQ_GET);
+    EXPECT_EQ(kvn_send_command(&c, &word, 202, nullptr, 0), 0);
+    uint8_t buf[64];
+    uint32_t len = sizeof buf;
+    EXPECT_EQ(kvn_receive_response(&c, buf, &len), 0);
+    terminal.join();
+    EXPECT_EQ(Bytes(buf, buf + len), payload);
+    ASSERT_EQ(request.size(), 28u);
+    EXPECT_EQ(kvntest::get_le32(request.data() + 16), 202u);
+    EXPECT_EQ(kvn_close_device_conn(&c), 0);
+}
+
+TEST(SerialLink, OpenFailures) {
+    Pty pty;
+    ASSERT_GE(pty.master, 0);
+    struct Case {
+        std::wstring name;
+        uint32_t baud;
+        int32_t rc;
+    };
+    const Case cases[] = {
+        {L"/nonexistent/ttyKVN0", 9600, -5},  // cannot be opened
+        {L"/dev/null", 9600, -5},             // opens, but is no terminal: querying fails
+        {pty.name, 12345, -3},                // a speed the port cannot take is a failed configuration
+        {L"", 9600, -5},
+    };
+    for (const Case& k : cases) {
+        kvn_device_conn c = serial_conn(k.name, k.baud);
+        EXPECT_EQ(kvn_open_device_conn(&c), k.rc) << std::string(k.name.begin(), k.name.end());
+    }
+    kvn_device_conn c = serial_conn(pty.name, 9600);
+    c.serial_port = nullptr;
+    EXPECT_EQ(kvn_open_device_conn(&c), -5);
+}
+
+TEST(SerialLink, HangUpEndsAReadInsteadOfSpinning) {
+    Pty pty;
+    ASSERT_GE(pty.master, 0);
+    kvn_device_conn c = serial_conn(pty.name, 9600);
+    ASSERT_EQ(kvn_open_device_conn(&c), 0);
+    ::close(pty.master);
+    pty.master = -1;
+    uint8_t buf[4];
+    EXPECT_EQ(kvn_receive_data(&c.link, buf, sizeof buf), -2);
+    kvn_close_device_conn(&c);
+}
+
+TEST(TcpLink, DescriptorsAbove1024Work) {
+    rlimit lim;
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &lim), 0);
+    if (lim.rlim_cur < 1600) {
+        lim.rlim_cur = lim.rlim_max < 1600 ? lim.rlim_max : 1600;
+        ::setrlimit(RLIMIT_NOFILE, &lim);
+        ::getrlimit(RLIMIT_NOFILE, &lim);
+    }
+    if (lim.rlim_cur < 1600) GTEST_SKIP() << "descriptor limit too low";
+    ASSERT_TRUE(true);
+    LoopbackPeer peer([](sock_t s) {
+        kvntest::read_request(s);
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));  // the client has to wait
+        kvntest::write_bytes(s, kvntest::response(-2012));
+    });
+    kvn_device_conn c = peer.conn();
+    ASSERT_EQ(kvn_open_device_conn(&c), 0);
+    ASSERT_EQ(::dup2(c.link.socket, 1500), 1500);
+    ::close(c.link.socket);
+    c.link.socket = 1500;
+    const uint32_t word = KVN_REQUEST_WORD(KVN_REQ_GET);
+    EXPECT_EQ(kvn_send_command(&c, &word, 8, nullptr, 0), 0);
+    uint8_t buf[16];
+    uint32_t len = sizeof buf;
+    EXPECT_EQ(kvn_receive_response(&c, buf, &len), -2012);
+    EXPECT_EQ(kvn_close_device_conn(&c), 0);
+}
+
+TEST(TcpLink, ResetByPeerIsAWriteErrorNotASignal) {
+    // With SIGPIPE at its default action a write to a reset connection would kill the test.
+    struct sigaction old{};
+    struct sigaction dfl{};
+    dfl.sa_handler = SIG_DFL;
+    ::sigaction(SIGPIPE, &dfl, &old);
+    int32_t rc = 0;
+    {
+        LoopbackPeer peer([](sock_t) {});  // accepts and closes at once
+        kvn_device_conn c = peer.conn();
+        ASSERT_EQ(kvn_open_device_conn(&c), 0);
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        const uint8_t payload[4096] = {};
+        const uint32_t word = KVN_REQUEST_WORD(KVN_REQ_SET);
+        for (int i = 0; i < 50 && rc == 0; ++i) rc = kvn_send_command(&c, &word, 101, payload, sizeof payload);
+        kvn_close_device_conn(&c);
+    }
+    ::sigaction(SIGPIPE, &old, nullptr);
+    EXPECT_EQ(rc, -3);
+}
+
+TEST(TcpLink, ConnectFailureAndTransportChoice) {
+    // Nothing listens on the port a just-closed listener had.
+    uint16_t port;
+    { LoopbackPeer probe([](sock_t) {}); port = probe.port(); kvn_device_conn c = probe.conn(); kvn_open_device_conn(&c); kvn_close_device_conn(&c); }
+    kvn_device_conn c;
+    std::memset(&c, 0, sizeof c);
+    c.ip_address = "127.0.0.1";
+    c.port = port;
+    c.link.conn_type = 2;  // any non-zero value is TCP
+    EXPECT_EQ(kvn_open_device_conn(&c), -5);
+    EXPECT_GE(c.link.socket, 0) << "the socket is stored before connecting";
+    EXPECT_EQ(kvn_close_device_conn(&c), 0);
+
+    c.ip_address = "not an address";
+    EXPECT_EQ(kvn_open_device_conn(&c), -5);
+    kvn_close_device_conn(&c);
+}
+
+TEST(TcpLink, ZeroCountsTouchNothing) {
+    kvn_conn_link link;
+    std::memset(&link, 0, sizeof link);
+    link.conn_type = 1;
+    link.socket = -1;  // any use of it would fail
+    uint8_t b = 0;
+    EXPECT_EQ(kvn_send_data(&link, &b, 0), 0);
+    EXPECT_EQ(kvn_receive_data(&link, &b, 0), 0);
+    EXPECT_EQ(kvn_send_data(&link, &b, 1), -3);
+    EXPECT_EQ(kvn_receive_data(&link, &b, 1), -2);
+}
+
+TEST(TcpLink, RecordLayout) {
+    EXPECT_EQ(sizeof(kvn_conn_link), 16u);
+    EXPECT_EQ(offsetof(kvn_conn_link, socket), 4u);
+    EXPECT_EQ(offsetof(kvn_conn_link, serial_handle), 12u);
+    EXPECT_EQ(offsetof(kvn_device_conn, ip_address), 8u);
+    EXPECT_EQ(offsetof(kvn_device_conn, port), 16u);
+    EXPECT_EQ(offsetof(kvn_device_conn, serial_port), 24u);
+    EXPECT_EQ(offsetof(kvn_device_conn, baud_rate), 32u);
+    EXPECT_EQ(offsetof(kvn_device_conn, link), 44u);
+}
