@@ -1,0 +1,129 @@
+// CRC-32 used by request/response frames: both implementations against a reference
+// (zlib when the build has it, otherwise the bit-at-a-time definition), at every
+// short length and alignment, on large buffers, and when continued across pieces.
+#include "link/crc32.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstring>
+#include <random>
+#include <string>
+#include <vector>
+
+#if KVN_HAVE_ZLIB
+#include <zlib.h>
+#endif
+
+namespace {
+
+using CrcFn = uint32_t (*)(uint32_t, const void*, size_t) noexcept;
+
+struct Impl {
+    const char* name;
+    CrcFn fn;
+};
+
+void PrintTo(const Impl& impl, std::ostream* os) { *os << impl.name; }
+
+uint32_t reference_crc(uint32_t crc, const unsigned char* p, size_t n) {
+#if KVN_HAVE_ZLIB
+    return static_cast<uint32_t>(::crc32(crc, p, static_cast<uInt>(n)));
+#else
+    uint32_t c = ~crc;
+    for (size_t i = 0; i < n; ++i) {
+        c ^= p[i];
+        for (int bit = 0; bit < 8; ++bit) c = (c >> 1) ^ (0xEDB88320u & (0u - (c & 1u)));
+    }
+    return ~c;
+#endif
+}
+
+std::vector<unsigned char> random_bytes(size_t n, unsigned stream) {
+    std::mt19937 gen(1000u + stream);
+    std::vector<unsigned char> v(n);
+    for (auto& b : v) b = static_cast<unsigned char>(gen());
+    return v;
+}
+
+class Crc32Test : public ::testing::TestWithParam<Impl> {
+  protected:
+    uint32_t run(uint32_t crc, const void* p, size_t n) const { return GetParam().fn(crc, p, n); }
+};
+
+TEST_P(Crc32Test, KnownVectors) {
+    std::string zeros(32, '\0'), ones(32, '\xFF'), ascending(32, '\0'), pattern(4096, '\0');
+    for (size_t i = 0; i < ascending.size(); ++i) ascending[i] = static_cast<char>(i);
+    for (size_t i = 0; i < pattern.size(); ++i) pattern[i] = static_cast<char>((i * 31 + 7) & 0xFF);
+    const struct {
+        std::string data;
+        uint32_t crc;
+    } cases[] = {
+        {"", 0x00000000u},
+        {"a", 0xE8B7BE43u},
+        {"123456789", 0xCBF43926u},
+        {"The quick brown fox jumps over the lazy dog", 0x414FA339u},
+        {zeros, 0x190A55ADu},
+        {ones, 0xFF6CAB0Bu},
+        {ascending, 0x91267E8Au},
+        {std::string(1000, '\0'), 0x060B1780u},
+        {pattern, 0x5D1C4EE3u},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(run(0, c.data.data(), c.data.size()), c.crc) << "length " << c.data.size();
+    }
+}
+
+TEST_P(Crc32Test, MatchesReferenceAtEveryLengthAndAlignment) {
+    const auto buf = random_bytes(300 + 16, 1);
+    for (size_t align = 0; align < 16; ++align) {
+        for (size_t len = 0; len <= 300; ++len) {
+            const unsigned char* p = buf.data() + align;
+            ASSERT_EQ(run(0, p, len), reference_crc(0, p, len)) << "align " << align << " length " << len;
+        }
+    }
+}
+
+TEST_P(Crc32Test, MatchesReferenceOnLargeBuffers) {
+    for (size_t len : {size_t{64} << 10, size_t{512} << 10, (size_t{1} << 20) + 13}) {
+        const auto buf = random_bytes(len + 1, 2);
+        EXPECT_EQ(run(0, buf.data(), len), reference_crc(0, buf.data(), len)) << "length " << len;
+        EXPECT_EQ(run(0, buf.data() + 1, len), reference_crc(0, buf.data() + 1, len)) << "length " << len << " odd address";
+    }
+}
+
+TEST_P(Crc32Test, ContinuesAFinishedCrc) {
+    const auto buf = random_bytes(5000, 3);
+    const uint32_t whole = reference_crc(0, buf.data(), buf.size());
+    ASSERT_EQ(run(0, buf.data(), buf.size()), whole);
+    const size_t splits[] = {0, 1, 7, 8, 15, 16, 24, 63, 64, 65, 127, 128, 1000, 4095, 4936, 4999, 5000};
+    for (size_t split : splits) {
+        const uint32_t head = run(0, buf.data(), split);
+        EXPECT_EQ(run(head, buf.data() + split, buf.size() - split), whole) << "split at " << split;
+    }
+    // Three uneven pieces, the middle one long enough for the wide path.
+    uint32_t c = run(0, buf.data(), 3);
+    c = run(c, buf.data() + 3, 4001);
+    EXPECT_EQ(run(c, buf.data() + 4004, 996), whole);
+    // A zero-length continuation returns its input and does not touch the pointer.
+    for (uint32_t v : {0u, 0xCBF43926u, 0xFFFFFFFFu}) EXPECT_EQ(run(v, nullptr, 0), v);
+}
+
+INSTANTIATE_TEST_SUITE_P(Impl, Crc32Test,
+                         ::testing::Values(Impl{"Dispatch", &kvn::crc32}, Impl{"Portable", &kvn::crc32_portable}),
+                         [](const ::testing::TestParamInfo<Impl>& p) { return std::string(p.param.name); });
+
+TEST(Crc32Clmul, AgreesWithPortableTables) {
+    if (!kvn::crc32_has_clmul()) GTEST_SKIP() << "CPU lacks carry-less multiply";
+    const auto buf = random_bytes(4096 + 16, 4);
+    for (uint32_t start : {0u, 0xFFFFFFFFu, 0x9E3779B9u}) {
+        for (size_t len = 48; len <= 1100; ++len) {
+            const unsigned char* p = buf.data() + (len % 16);
+            ASSERT_EQ(kvn::crc32(start, p, len), kvn::crc32_portable(start, p, len))
+                << "start " << start << " length " << len;
+        }
+        ASSERT_EQ(kvn::crc32(start, buf.data(), 4096), kvn::crc32_portable(start, buf.data(), 4096));
+    }
+}
+
+}  // namespace
