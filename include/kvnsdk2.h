@@ -299,6 +299,214 @@ KVN_API void kvn_ext_set_diagnostic_sink(kvn_ext_diagnostic_fn sink, void *conte
 
 /* @@FAMILIES@@ Command families are declared below, one section each. */
 
+/* ------------------------------------------------------------------------- */
+/* Indication: LED, buzzer, audio, images, LCD, device notification          */
+/* ------------------------------------------------------------------------- */
+
+#define KVN_LED_COUNT 17
+#define KVN_BUZZER_COUNT 18
+#define KVN_AUDIO_COUNT 18
+
+/* One LED entry; also one buzzer entry. */
+typedef struct kvn_led_setting {
+    uint32_t index;        /* tag 3: 1-based entry number */
+    uint8_t enable;        /* tag 2 */
+    uint32_t option;       /* tag 13 */
+    uint32_t matrix[3][3]; /* [row][column]: tag 4 + 3 * row + column */
+} kvn_led_setting;
+
+typedef struct kvn_audio_setting {
+    uint32_t index;        /* tag 3: 1-based entry number */
+    char short_text[51];   /* tag 4 */
+    char long_text[256];   /* tag 6; a read fills at most its first 51 bytes */
+    uint8_t flag;          /* tag 5 */
+    uint32_t value;        /* tag 8 in the single-entry set, 7 otherwise */
+} kvn_audio_setting;
+
+typedef struct kvn_audio_play_request {
+    char short_text[51];   /* tag 4 */
+    char long_text[256];   /* tag 6 */
+    uint32_t value;        /* tag 8 */
+} kvn_audio_play_request;
+
+/* Lists read by kvn_retrieve_audio_list (tags 11 and 12) and kvn_retrieve_image_list
+ * (tags 1 and 2): the k-th element of each tag fills entry k. Entries beyond
+ * KVN_MEDIA_LIST_MAX are counted in `total` but not stored. */
+#define KVN_MEDIA_LIST_MAX 64
+typedef struct kvn_media_list_entry {
+    char name[51];
+    char text[51];
+} kvn_media_list_entry;
+
+typedef struct kvn_media_list {
+    uint32_t count;   /* entries stored */
+    uint32_t total;   /* entries the terminal reported */
+    kvn_media_list_entry entries[KVN_MEDIA_LIST_MAX];
+} kvn_media_list;
+
+typedef struct kvn_display_image_request {
+    char name[51];         /* tag 3 */
+} kvn_display_image_request;
+
+typedef struct kvn_lcd_setting {
+    uint32_t value;        /* tag 1 */
+    char short_text[51];   /* tag 2 */
+} kvn_lcd_setting;
+
+typedef struct kvn_device_notification_setting {
+    uint8_t flag;          /* tag 1 */
+    char text_a[129];      /* tag 2 */
+    char text_b[51];       /* tag 3 */
+    char text_c[51];       /* tag 4 */
+    uint32_t value;        /* tag 5 */
+} kvn_device_notification_setting;
+
+/* Entry numbers are 1-based: entry n is element n - 1. An entry number outside
+ * the array gives KVN_E_INVALID_VALUE_RECEIVED without sending anything. */
+KVN_API int32_t kvn_set_single_led_setting(kvn_device_conn *conn, const kvn_led_setting *leds, uint32_t entry);
+KVN_API int32_t kvn_set_all_led_setting(kvn_device_conn *conn, const kvn_led_setting *leds /* [KVN_LED_COUNT] */);
+KVN_API int32_t kvn_get_led_setting(kvn_device_conn *conn, kvn_led_setting *leds /* [KVN_LED_COUNT] */);
+KVN_API int32_t kvn_reset_led_setting(kvn_device_conn *conn);
+KVN_API int32_t kvn_set_single_buzzer_setting(kvn_device_conn *conn, const kvn_led_setting *buzzers, uint32_t entry);
+KVN_API int32_t kvn_set_all_buzzer_setting(kvn_device_conn *conn, const kvn_led_setting *buzzers /* [KVN_BUZZER_COUNT] */);
+KVN_API int32_t kvn_get_buzzer_setting(kvn_device_conn *conn, kvn_led_setting *buzzers /* [KVN_BUZZER_COUNT] */);
+KVN_API int32_t kvn_reset_buzzer_setting(kvn_device_conn *conn);
+KVN_API int32_t kvn_set_single_audio_setting(kvn_device_conn *conn, const kvn_audio_setting *audio, uint32_t entry);
+KVN_API int32_t kvn_set_all_audio_setting(kvn_device_conn *conn, const kvn_audio_setting *audio /* [KVN_AUDIO_COUNT] */);
+KVN_API int32_t kvn_get_audio_setting(kvn_device_conn *conn, kvn_audio_setting *audio /* [KVN_AUDIO_COUNT] */);
+KVN_API int32_t kvn_reset_audio_setting(kvn_device_conn *conn);
+KVN_API int32_t kvn_play_audio(kvn_device_conn *conn, const kvn_audio_play_request *request);
+KVN_API int32_t kvn_stop_audio(kvn_device_conn *conn);
+KVN_API int32_t kvn_retrieve_audio_list(kvn_device_conn *conn, kvn_media_list *list);
+KVN_API int32_t kvn_retrieve_image_list(kvn_device_conn *conn, kvn_media_list *list);
+KVN_API int32_t kvn_display_image(kvn_device_conn *conn, const kvn_display_image_request *request);
+KVN_API int32_t kvn_set_lcd_settings(kvn_device_conn *conn, const kvn_lcd_setting *setting);
+KVN_API int32_t kvn_get_lcd_settings(kvn_device_conn *conn, kvn_lcd_setting *setting);
+KVN_API int32_t kvn_reset_lcd_settings(kvn_device_conn *conn);
+KVN_API int32_t kvn_set_device_notification_setting(kvn_device_conn *conn, const kvn_device_notification_setting *setting);
+KVN_API int32_t kvn_get_device_notification_setting(kvn_device_conn *conn, kvn_device_notification_setting *setting);
+KVN_API int32_t kvn_reset_device_notification_setting(kvn_device_conn *conn);
+
+/* ------------------------------------------------------------------------- */
+/* Biometric and multi-user verification settings                            */
+/* ------------------------------------------------------------------------- */
+
+typedef struct kvn_biometric_setting {
+    uint32_t setting_1;   /* tag 1 */
+    uint32_t setting_2;   /* tag 2 */
+    uint32_t setting_3;   /* tag 3 */
+    uint32_t setting_4;   /* tag 4 */
+    uint32_t setting_5;   /* tag 5 */
+    uint8_t setting_8;    /* tag 8 */
+    uint32_t setting_9;   /* tag 9 */
+    uint32_t setting_10;  /* tag 10 */
+    uint32_t setting_11;  /* tag 11 */
+    uint32_t setting_12;  /* tag 12 */
+    uint32_t setting_13;  /* tag 13 */
+    uint32_t setting_14;  /* tag 14 */
+    uint32_t setting_15;  /* tag 15 */
+} kvn_biometric_setting;
+
+typedef struct kvn_verification_group {
+    uint32_t group_value_a;  /* tag 5 */
+    char group_text[64];     /* tag 6 */
+    uint32_t group_value_b;  /* tag 7 */
+} kvn_verification_group;
+
+typedef struct kvn_multi_user_verification_setting {
+    uint32_t value;          /* tag 1 */
+    uint8_t flag;            /* tag 2 */
+    kvn_verification_group groups[3];  /* tag 3 each, position under tag 4 */
+} kvn_multi_user_verification_setting;
+
+KVN_API int32_t kvn_set_biometric_setting(kvn_device_conn *conn, const kvn_biometric_setting *setting);
+KVN_API int32_t kvn_get_biometric_setting(kvn_device_conn *conn, kvn_biometric_setting *setting);
+KVN_API int32_t kvn_reset_biometric_setting(kvn_device_conn *conn);
+KVN_API int32_t kvn_set_multi_user_verification_setting(kvn_device_conn *conn, const kvn_multi_user_verification_setting *setting);
+KVN_API int32_t kvn_get_multi_user_verification_setting(kvn_device_conn *conn, kvn_multi_user_verification_setting *setting);
+KVN_API int32_t kvn_reset_multi_user_verification_setting(kvn_device_conn *conn);
+
+/* ------------------------------------------------------------------------- */
+/* Sensors and alarms                                                        */
+/* ------------------------------------------------------------------------- */
+
+#define KVN_FINGERPRINT_TEST_DATA_MAX 98560
+
+typedef struct kvn_fingerprint_sensor_test {
+    uint32_t test_value;                            /* tag 7, sent */
+    uint8_t data[KVN_FINGERPRINT_TEST_DATA_MAX];    /* tag 6, received */
+    uint32_t data_length;                           /* bytes stored in data */
+} kvn_fingerprint_sensor_test;
+
+typedef struct kvn_proximity_sensor_setting {
+    uint32_t value_a;  /* tag 5 */
+    uint32_t value_b;  /* tag 4 */
+    uint32_t value_c;  /* tag 8 */
+} kvn_proximity_sensor_setting;
+
+typedef struct kvn_next_sensor_setting {
+    uint32_t value_a;  /* tag 2 */
+    uint32_t value_b;  /* tag 1 */
+} kvn_next_sensor_setting;
+
+typedef struct kvn_antishock_setting {
+    uint32_t value_1;  /* tags 2 to 8 */
+    uint32_t value_2;
+    uint32_t value_3;
+    uint32_t value_4;
+    uint32_t value_5;
+    uint32_t value_6;
+    uint32_t value_7;
+} kvn_antishock_setting;
+
+KVN_API int32_t kvn_test_fingerprint_sensor(kvn_device_conn *conn, kvn_fingerprint_sensor_test *test);
+KVN_API int32_t kvn_reset_fingerprint_sensor(kvn_device_conn *conn);
+KVN_API int32_t kvn_set_fingerprint_sensor_autoon_status(kvn_device_conn *conn, uint32_t status);
+KVN_API int32_t kvn_get_fingerprint_sensor_autoon_status(kvn_device_conn *conn, uint32_t *status);
+KVN_API int32_t kvn_reset_fingerprint_sensor_autoon_status(kvn_device_conn *conn);
+KVN_API int32_t kvn_set_proximity_sensor_settings(kvn_device_conn *conn, const kvn_proximity_sensor_setting *setting);
+KVN_API int32_t kvn_get_proximity_sensor_settings(kvn_device_conn *conn, kvn_proximity_sensor_setting *setting);
+KVN_API int32_t kvn_reset_proximity_sensor_settings(kvn_device_conn *conn);
+KVN_API int32_t kvn_set_next_sensor_settings(kvn_device_conn *conn, const kvn_next_sensor_setting *setting);
+KVN_API int32_t kvn_get_next_sensor_settings(kvn_device_conn *conn, kvn_next_sensor_setting *setting);
+/* Resets the next-sensor settings (command 166). */
+KVN_API int32_t kvn_next_sensor_settings(kvn_device_conn *conn);
+KVN_API int32_t kvn_set_antishock_settings(kvn_device_conn *conn, const kvn_antishock_setting *setting);
+KVN_API int32_t kvn_get_antishock_settings(kvn_device_conn *conn, kvn_antishock_setting *setting);
+KVN_API int32_t kvn_reset_antishock_settings(kvn_device_conn *conn);
+KVN_API int32_t kvn_clear_reenable_antishock_alarm(kvn_device_conn *conn);
+KVN_API int32_t kvn_set_fire_alarm_state(kvn_device_conn *conn, uint32_t state);
+KVN_API int32_t kvn_get_fire_alarm_state(kvn_device_conn *conn, uint32_t *state);
+KVN_API int32_t kvn_reset_fire_alarm_state(kvn_device_conn *conn);
+KVN_API int32_t kvn_clear_reenable_fire_alarm(kvn_device_conn *conn);
+
+/* ------------------------------------------------------------------------- */
+/* Door and DAC                                                              */
+/* ------------------------------------------------------------------------- */
+
+/* Fields are named by the tag that carries them. */
+typedef struct kvn_dac_setting {
+    uint8_t dac_value_1;      /* tag 1 */
+    uint32_t dac_value_2;     /* tag 2 */
+    uint32_t dac_value_3;     /* tag 3 */
+    uint32_t dac_value_4;     /* tag 4 */
+    uint32_t dac_value_10;    /* tag 10 */
+    uint32_t dac_value_11;    /* tag 11 */
+    uint32_t dac_value_12;    /* tag 12 */
+    uint32_t dac_value_13;    /* tag 13 */
+    uint32_t dac_value_14;    /* tag 14 */
+    uint32_t dac_value_6;     /* tag 6 */
+    uint32_t door_open_time;  /* tag 8: read only, a set never sends it */
+    uint32_t dac_value_16;    /* tag 16 */
+} kvn_dac_setting;
+
+KVN_API int32_t kvn_set_dac_settings(kvn_device_conn *conn, const kvn_dac_setting *setting);
+KVN_API int32_t kvn_get_dac_settings(kvn_device_conn *conn, kvn_dac_setting *setting);
+KVN_API int32_t kvn_reset_dac_settings(kvn_device_conn *conn);
+KVN_API int32_t kvn_open_door_for_time(kvn_device_conn *conn, uint32_t open_time, int32_t option);
+KVN_API int32_t kvn_close_door(kvn_device_conn *conn);
+KVN_API int32_t kvn_clear_door_force_open_alarm(kvn_device_conn *conn);
+
 #ifdef __cplusplus
 } /* extern "C" */
 #endif
