@@ -31,12 +31,13 @@ constexpr int kSendFlags = MSG_DONTWAIT;  // SO_NOSIGPIPE is set on the socket i
 int connect_with_limit(int fd, const sockaddr_in& addr, int limit_ms) noexcept {
     const auto* sa = reinterpret_cast<const sockaddr*>(&addr);
     if (limit_ms <= 0) {
-        int r;
-        do {
-            r = ::connect(fd, sa, sizeof addr);
-        } while (r != 0 && errno == EINTR);
-        // A connect interrupted and resumed in the background reports EISCONN later.
-        return (r == 0 || errno == EISCONN) ? 0 : -1;
+        if (::connect(fd, sa, sizeof addr) == 0) return 0;
+        if (errno != EINTR) return -1;
+        // An interrupted connect goes on in the background; wait for its outcome.
+        if (posix::wait_ready(fd, POLLOUT, -1) != 1) return -1;
+        int err = 0;
+        socklen_t len = sizeof err;
+        return (::getsockopt(fd, SOL_SOCKET, SO_ERROR, &err, &len) == 0 && err == 0) ? 0 : -1;
     }
     const int flags = ::fcntl(fd, F_GETFL, 0);
     if (flags < 0 || ::fcntl(fd, F_SETFL, flags | O_NONBLOCK) != 0) return -1;
