@@ -15,19 +15,6 @@
 #include "link/crc32.h"
 
 namespace kvntest {
-namespace {
-
-#ifdef _WIN32
-struct WsaInit {
-    WsaInit() {
-        WSADATA d;
-        WSAStartup(MAKEWORD(2, 2), &d);
-    }
-    ~WsaInit() { WSACleanup(); }
-} g_wsa;
-#endif
-
-}  // namespace
 
 void close_socket(sock_t s) {
 #ifdef _WIN32
@@ -38,6 +25,13 @@ void close_socket(sock_t s) {
 }
 
 LoopbackPeer::LoopbackPeer(std::function<void(sock_t)> script) {
+#ifdef _WIN32
+    // Windows Sockets is started for the peer's lifetime only (and cleaned up in the
+    // destructor), never for the whole process: tests check that the library's own
+    // start-ups and clean-ups pair, which a process-wide start-up would hide.
+    WSADATA wsa;
+    WSAStartup(MAKEWORD(2, 2), &wsa);
+#endif
     listener_ = static_cast<sock_t>(::socket(AF_INET, SOCK_STREAM, 0));
     sockaddr_in addr{};
     addr.sin_family = AF_INET;
@@ -58,6 +52,9 @@ LoopbackPeer::LoopbackPeer(std::function<void(sock_t)> script) {
 LoopbackPeer::~LoopbackPeer() {
     if (thread_.joinable()) thread_.join();
     close_socket(listener_);
+#ifdef _WIN32
+    WSACleanup();
+#endif
 }
 
 kvn_device_conn LoopbackPeer::conn() const {

@@ -1,0 +1,192 @@
+// The Win32 serial transport against a real communication port: under Wine, a
+// pseudo-terminal whose Linux side answers request frames (see win32_terminal.h).
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "kvnsdk2.h"
+#include "peer.h"
+#include "win32_terminal.h"
+
+using kvntest::Bytes;
+
+namespace {
+
+// Each test that talks to the far end has a port of its own, so that tests running
+// in parallel processes never share one.
+enum class Port { kServedA, kServedB, kNotAPort };
+
+std::wstring port_name(Port which) {
+    const kvntest::TerminalConfig cfg = kvntest::terminal_config();
+    switch (which) {
+        case Port::kServedA: return cfg.serial.size() > 0 ? cfg.serial[0] : std::wstring();
+        case Port::kServedB: return cfg.serial.size() > 1 ? cfg.serial[1] : std::wstring();
+        case Port::kNotAPort: return cfg.not_a_port;
+    }
+    return std::wstring();
+}
+
+#define REQUIRE_PORT(var, which)                    \
+    const std::wstring var = port_name(which);      \
+    if (var.empty()) KVN_SKIP_WITHOUT_TERMINAL()
+
+// Whether `h` is an open handle of this process. The library stores the handle in
+// the record before querying the port, so a failed open still names it.
+bool handle_open(kvn_handle_t h) {
+    DWORD flags = 0;
+    return h != INVALID_HANDLE_VALUE && h != nullptr && GetHandleInformation(h, &flags);
+}
+
+kvn_device_conn serial_conn(const std::wstring& name, uint32_t baud) {
+    kvn_device_conn c;
+    std::memset(&c, 0, sizeof c);
+    c.serial_port = name.c_str();
+    c.baud_rate = baud;
+    c.link.conn_type = KVN_CONN_SERIAL;
+    return c;
+}
+
+struct Answer {
+    int32_t rc = 99;
+    Bytes payload;
+};
+
+Answer exchange(kvn_device_conn& c, uint32_t command, const Bytes& payload) {
+    Answer a;
+    const uint32_t word = KVN_REQUEST_WORD(KVN_REQ_GET);
+    a.rc = kvn_send_command(&c, &word, command, payload.empty() ? nullptr : payload.data(),
+                            static_cast<uint32_t>(payload.size()));
+    if (a.rc != 0) return a;
+    std::vector<uint8_t> buf(payload.size() + 64);
+    uint32_t len = static_cast<uint32_t>(buf.size());
+    a.rc = kvn_receive_response(&c, buf.data(), &len);
+    if (a.rc == 0) a.payload.assign(buf.begin(), buf.begin() + len);
+    return a;
+}
+
+}  // namespace
+
+TEST(Win32Serial, OpenSetsEightDataBitsNoParityOneStopBitAtTheRequestedSpeed) {
+    REQUIRE_PORT(name, Port::kServedA);
+    // The far end starts each port at 9600 7E2; every open must leave it at <speed> 8N1.
+    for (const uint32_t baud : {115200u, 19200u}) {
+        kvn_device_conn c = serial_conn(name, baud);
+        ASSERT_EQ(kvn_open_device_conn(&c), 0) << baud;
+        EXPECT_NE(c.link.serial_handle, INVALID_HANDLE_VALUE);
+
+        // What Windows reports back for the open handle...
+        DCB dcb;
+        std::memset(&dcb, 0, sizeof dcb);
+        dcb.DCBlength = sizeof dcb;
+        ASSERT_TRUE(GetCommState(c.link.serial_handle, &dcb));
+        EXPECT_EQ(dcb.BaudRate, baud);
+        EXPECT_EQ(dcb.ByteSize, 8);
+        EXPECT_EQ(dcb.Parity, NOPARITY);
+        EXPECT_EQ(dcb.StopBits, ONESTOPBIT);
+        COMMTIMEOUTS t;
+        ASSERT_TRUE(GetCommTimeouts(c.link.serial_handle, &t));
+        EXPECT_EQ(t.ReadIntervalTimeout, 0u);
+        EXPECT_EQ(t.ReadTotalTimeoutMultiplier, 0u);
+        EXPECT_EQ(t.ReadTotalTimeoutConstant, 0u);
+        EXPECT_EQ(t.WriteTotalTimeoutMultiplier, 0u);
+        EXPECT_EQ(t.WriteTotalTimeoutConstant, 0u);
+
+        // ...and what the line itself carries, as seen from the far end.
+        const Answer a = exchange(c, 1, {});
+        ASSERT_EQ(a.rc, 0) << baud;
+        ASSERT_EQ(a.payload.size(), 8u);
+        EXPECT_EQ(kvntest::get_le32(a.payload.data()), baud);
+        EXPECT_EQ(a.payload[4], 8) << "data bits";
+        EXPECT_EQ(a.payload[5], 0) << "parity";
+        EXPECT_EQ(a.payload[6], 1) << "stop bits";
+        EXPECT_EQ(a.payload[7] & 1, 1) << "the line is raw: no line editing, echo or signals";
+        EXPECT_EQ(kvn_close_device_conn(&c), 0);
+    }
+}
+
+TEST(Win32Serial, EveryByteValueCrossesTheLineBothWays) {
+    REQUIRE_PORT(name, Port::kServedA);
+    kvn_device_conn c = serial_conn(name, 115200);
+    ASSERT_EQ(kvn_open_device_conn(&c), 0);
+    // All 256 values, including XON/XOFF, CR/LF, ^C, ^Z and DEL, which any character
+    // processing would eat or rewrite; then a payload larger than a pty's queue
+    // (4 KiB), which the far end answers in three pieces: reads gather the count.
+    Bytes all(256);
+    for (size_t i = 0; i < all.size(); ++i) all[i] = static_cast<uint8_t>(i);
+    Bytes large(20000);
+    for (size_t i = 0; i < large.size(); ++i) large[i] = static_cast<uint8_t>(i * 7 + (i >> 8));
+    for (const Bytes* payload : {&all, &large}) {
+        const Answer a = exchange(c, 2, *payload);
+        ASSERT_EQ(a.rc, 0) << "a bad request CRC is answered with -6";
+        EXPECT_EQ(a.payload, *payload);
+    }
+    EXPECT_EQ(kvn_close_device_conn(&c), 0);
+}
+
+TEST(Win32Serial, ReadsWithZeroTimeoutsWaitForALateAnswer) {
+    REQUIRE_PORT(name, Port::kServedB);
+    kvn_device_conn c = serial_conn(name, 9600);
+    ASSERT_EQ(kvn_open_device_conn(&c), 0);
+    const Bytes payload = {0x13, 0x11, 0x00, 0xFF};
+    const DWORD start = GetTickCount();
+    const Answer a = exchange(c, 3, payload);  // answered after 1.5 s of silence
+    const DWORD waited = GetTickCount() - start;
+    EXPECT_EQ(a.rc, 0);
+    EXPECT_EQ(a.payload, payload);
+    EXPECT_GE(waited, 1000u) << "the answer cannot have arrived before the far end sent it";
+
+    // The raw movers on the same handle; a count of 0 touches nothing.
+    uint8_t none = 0;
+    EXPECT_EQ(kvn_receive_data(&c.link, &none, 0), 0);
+    EXPECT_EQ(kvn_send_data(&c.link, &none, 0), 0);
+    EXPECT_EQ(kvn_close_device_conn(&c), 0);
+}
+
+TEST(Win32Serial, OpenFailuresReturnMinusFiveAndLeaveNoHandle) {
+    REQUIRE_PORT(served, Port::kServedB);
+    REQUIRE_PORT(not_a_port, Port::kNotAPort);
+    struct Case {
+        std::wstring name;
+        const char* why;
+    };
+    const Case cases[] = {
+        {L"\\\\.\\COM98", "no such port: CreateFileW fails"},
+        {not_a_port, "opens, but is no communication port: GetCommState fails and the handle is closed"},
+        {L"", "empty name"},
+    };
+    for (const Case& k : cases) {
+        kvn_device_conn c = serial_conn(k.name, 9600);
+        EXPECT_EQ(kvn_open_device_conn(&c), -5) << k.why;
+        EXPECT_FALSE(handle_open(c.link.serial_handle)) << k.why;
+    }
+    kvn_device_conn c = serial_conn(served, 9600);
+    c.serial_port = nullptr;
+    EXPECT_EQ(kvn_open_device_conn(&c), -5);
+
+    // Closing releases the handle; the port opens again afterwards.
+    for (int i = 0; i < 3; ++i) {
+        kvn_device_conn k = serial_conn(served, 9600);
+        ASSERT_EQ(kvn_open_device_conn(&k), 0);
+        EXPECT_TRUE(handle_open(k.link.serial_handle));
+        EXPECT_EQ(kvn_close_device_conn(&k), 0);
+        EXPECT_FALSE(handle_open(k.link.serial_handle));
+    }
+}
+
+TEST(Win32Serial, PortIsOpenedWithoutSharing) {
+    REQUIRE_PORT(served, Port::kServedB);
+    // Share mode 0: while one connection holds the port, a second open fails.
+    // Wine applies no sharing rules to devices, so there the second open succeeds.
+    if (kvntest::under_wine()) GTEST_SKIP() << "Wine does not enforce exclusive access to communication ports";
+    kvn_device_conn first = serial_conn(served, 9600);
+    ASSERT_EQ(kvn_open_device_conn(&first), 0);
+    kvn_device_conn second = serial_conn(served, 9600);
+    EXPECT_EQ(kvn_open_device_conn(&second), -5);
+    EXPECT_EQ(kvn_close_device_conn(&first), 0);
+    ASSERT_EQ(kvn_open_device_conn(&second), 0);
+    EXPECT_EQ(kvn_close_device_conn(&second), 0);
+}

@@ -1,0 +1,75 @@
+// The terminal stand-in that the Windows tests talk to under Wine.
+//
+// scripts/wine-terminal (a CTest fixture) runs a helper on the Linux side that
+// answers request frames over pseudo-terminals linked as COM ports of the Wine
+// prefix and over a loopback TCP port. It describes what it set up in a file named
+// by KVN_TEST_TERMINAL, one item a line:
+//   tcp 127.0.0.1 PORT
+//   serial COM5 COM6          (ports with the helper at the far end)
+//   not-a-port COM7           (opens, but is no communication port)
+// Requests with command 1 get a line report (serial only), 2 an echo of the payload
+// in three pieces, 3 the same echo after 1.5 s; see scripts/wine-terminal.c.
+#pragma once
+
+#include <windows.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <vector>
+
+namespace kvntest {
+
+struct TerminalConfig {
+    std::string tcp_ip;
+    uint16_t tcp_port = 0;
+    std::vector<std::wstring> serial;  // device names, \\.\COMn
+    std::wstring not_a_port;
+};
+
+inline std::wstring device_name(const char* com) {
+    std::wstring name = L"\\\\.\\";
+    for (const char* p = com; *p != '\0'; ++p) name.push_back(static_cast<wchar_t>(*p));
+    return name;
+}
+
+// Empty when the test binary runs outside the fixture.
+inline TerminalConfig terminal_config() {
+    TerminalConfig cfg;
+    const char* path = std::getenv("KVN_TEST_TERMINAL");
+    if (path == nullptr) return cfg;
+    FILE* f = std::fopen(path, "r");
+    if (f == nullptr) return cfg;
+    char line[256];
+    while (std::fgets(line, sizeof line, f) != nullptr) {
+        char kind[32] = {}, a[64] = {}, b[64] = {};
+        const int n = std::sscanf(line, "%31s %63s %63s", kind, a, b);
+        if (n >= 3 && std::strcmp(kind, "tcp") == 0) {
+            const long port = std::strtol(b, nullptr, 10);
+            if (port > 0 && port < 65536) {
+                cfg.tcp_ip = a;
+                cfg.tcp_port = static_cast<uint16_t>(port);
+            }
+        } else if (n >= 2 && std::strcmp(kind, "serial") == 0) {
+            cfg.serial.push_back(device_name(a));
+            if (n >= 3) cfg.serial.push_back(device_name(b));
+        } else if (n >= 2 && std::strcmp(kind, "not-a-port") == 0) {
+            cfg.not_a_port = device_name(a);
+        }
+    }
+    std::fclose(f);
+    return cfg;
+}
+
+// Wine exports wine_get_version from its ntdll; Windows does not.
+inline bool under_wine() {
+    const HMODULE ntdll = GetModuleHandleW(L"ntdll.dll");
+    return ntdll != nullptr && GetProcAddress(ntdll, "wine_get_version") != nullptr;
+}
+
+}  // namespace kvntest
+
+#define KVN_SKIP_WITHOUT_TERMINAL() \
+    GTEST_SKIP() << "KVN_TEST_TERMINAL is not set: run through ctest (mingw preset), whose fixture starts the terminal"
