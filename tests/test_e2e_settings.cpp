@@ -5,6 +5,8 @@
 
 #include <cstring>
 #include <memory>
+#include <thread>
+#include <vector>
 
 #include "kvnsdk2.h"
 #include "kvnsim.h"
@@ -225,6 +227,27 @@ TEST_F(SettingsE2E, DoorAndDac) {
     ASSERT_EQ(kvn_reset_dac_settings(&conn_), 0);
     ASSERT_EQ(kvn_get_dac_settings(&conn_, &r), 0);
     EXPECT_NE(r.dac_value_16, 16u);
+}
+
+TEST_F(SettingsE2E, ConnectionsOnSeparateThreadsAtOnce) {
+    kvn_biometric_setting bio{1, 2, 3, 4, 5, 8, 9, 10, 11, 12, 13, 14, 15};
+    ASSERT_EQ(kvn_set_biometric_setting(&conn_, &bio), 0);
+    constexpr int kThreads = 4, kRounds = 200;
+    std::vector<int> good(kThreads, 0);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < kThreads; ++t) {
+        threads.emplace_back([&, t] {
+            kvn_device_conn c = conn_;
+            if (kvn_open_device_conn(&c) != 0) return;
+            for (int i = 0; i < kRounds; ++i) {
+                kvn_biometric_setting r{};
+                if (kvn_get_biometric_setting(&c, &r) == 0 && std::memcmp(&r, &bio, sizeof r) == 0) ++good[t];
+            }
+            kvn_close_device_conn(&c);
+        });
+    }
+    for (std::thread& t : threads) t.join();
+    for (int t = 0; t < kThreads; ++t) EXPECT_EQ(good[t], kRounds) << "thread " << t;
 }
 
 TEST_F(SettingsE2E, FingerprintSensorTest) {
