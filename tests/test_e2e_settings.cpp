@@ -46,6 +46,15 @@ protected:
     kvn_device_conn conn_;
 };
 
+// Zero-initialised first, so that padding compares equal too.
+kvn_biometric_setting sample_biometric() {
+    kvn_biometric_setting b{};
+    b.setting_1 = 1, b.setting_2 = 2, b.setting_3 = 3, b.setting_4 = 4, b.setting_5 = 5, b.setting_8 = 8;
+    b.setting_9 = 9, b.setting_10 = 10, b.setting_11 = 11, b.setting_12 = 12, b.setting_13 = 13;
+    b.setting_14 = 14, b.setting_15 = 15;
+    return b;
+}
+
 }  // namespace
 
 TEST_F(SettingsE2E, FlatRecords) {
@@ -63,7 +72,7 @@ TEST_F(SettingsE2E, FlatRecords) {
     round_trip(note, kvn_set_device_notification_setting, kvn_get_device_notification_setting,
                kvn_reset_device_notification_setting, "notification");
 
-    kvn_biometric_setting bio{1, 2, 3, 4, 5, 8, 9, 10, 11, 12, 13, 14, 15};
+    const kvn_biometric_setting bio = sample_biometric();
     round_trip(bio, kvn_set_biometric_setting, kvn_get_biometric_setting, kvn_reset_biometric_setting, "biometric");
 
     kvn_proximity_sensor_setting prox{7, 8, 9};
@@ -230,7 +239,7 @@ TEST_F(SettingsE2E, DoorAndDac) {
 }
 
 TEST_F(SettingsE2E, ConnectionsOnSeparateThreadsAtOnce) {
-    kvn_biometric_setting bio{1, 2, 3, 4, 5, 8, 9, 10, 11, 12, 13, 14, 15};
+    const kvn_biometric_setting bio = sample_biometric();
     ASSERT_EQ(kvn_set_biometric_setting(&conn_, &bio), 0);
     constexpr int kThreads = 4, kRounds = 200;
     std::vector<int> good(kThreads, 0);
