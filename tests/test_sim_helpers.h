@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <initializer_list>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -118,6 +120,44 @@ inline const Bytes* value_of(const std::vector<Element>& es, uint8_t tag) {
         if (e.tag == tag) return &e.value;
     return nullptr;
 }
+// Payload builders: elements and containers (long-form lengths, as encoders write them).
+inline Bytes cat(std::initializer_list<Bytes> parts) {
+    Bytes b;
+    for (const Bytes& p : parts) b.insert(b.end(), p.begin(), p.end());
+    return b;
+}
+inline Bytes u32(uint8_t tag, uint32_t v) {
+    return {tag, 4, uint8_t(v), uint8_t(v >> 8), uint8_t(v >> 16), uint8_t(v >> 24)};
+}
+inline Bytes u8(uint8_t tag, uint8_t v) { return {tag, 1, v}; }
+inline Bytes text(uint8_t tag, const std::string& s) {
+    Bytes b = {tag, uint8_t(s.size())};
+    b.insert(b.end(), s.begin(), s.end());
+    return b;
+}
+inline Bytes raw(uint8_t tag, const Bytes& v) {
+    const uint32_t n = uint32_t(v.size());
+    Bytes b = {tag};
+    if (n < 0x80) {
+        b.push_back(uint8_t(n));
+    } else if (n < 0x100) {
+        b.insert(b.end(), {0x81, uint8_t(n)});
+    } else if (n < 0x10000) {
+        b.insert(b.end(), {0x82, uint8_t(n >> 8), uint8_t(n)});
+    } else {
+        b.insert(b.end(), {0x84, uint8_t(n >> 24), uint8_t(n >> 16), uint8_t(n >> 8), uint8_t(n)});
+    }
+    b.insert(b.end(), v.begin(), v.end());
+    return b;
+}
+inline Bytes box(uint8_t tag, const Bytes& inner) {
+    const uint32_t n = uint32_t(inner.size());
+    Bytes b = {tag, 0x84, uint8_t(n >> 24), uint8_t(n >> 16), uint8_t(n >> 8), uint8_t(n)};
+    b.insert(b.end(), inner.begin(), inner.end());
+    return b;
+}
+inline std::string str(const Bytes& b) { return std::string(b.begin(), b.end()); }
+
 inline uint32_t le32(const Bytes& b) {
     return b.size() < 4 ? 0 : uint32_t(b[0]) | uint32_t(b[1]) << 8 | uint32_t(b[2]) << 16 | uint32_t(b[3]) << 24;
 }

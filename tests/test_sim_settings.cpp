@@ -14,27 +14,14 @@ using simtest::elements;
 using simtest::le32;
 using simtest::SimTest;
 using simtest::value_of;
+using simtest::box;
+using simtest::cat;
+using simtest::text;
+using simtest::u32;
+using simtest::u8;
 
 namespace {
 
-Bytes cat(std::initializer_list<Bytes> parts) {
-    Bytes b;
-    for (const Bytes& p : parts) b.insert(b.end(), p.begin(), p.end());
-    return b;
-}
-Bytes u32(uint8_t tag, uint32_t v) { return {tag, 4, uint8_t(v), uint8_t(v >> 8), uint8_t(v >> 16), uint8_t(v >> 24)}; }
-Bytes u8(uint8_t tag, uint8_t v) { return {tag, 1, v}; }
-Bytes text(uint8_t tag, const std::string& s) {
-    Bytes b = {tag, uint8_t(s.size())};
-    b.insert(b.end(), s.begin(), s.end());
-    return b;
-}
-Bytes box(uint8_t tag, const Bytes& inner) {
-    const uint32_t n = uint32_t(inner.size());
-    Bytes b = {tag, 0x84, uint8_t(n >> 24), uint8_t(n >> 16), uint8_t(n >> 8), uint8_t(n)};
-    b.insert(b.end(), inner.begin(), inner.end());
-    return b;
-}
 // The containers of one tag in an answer, in order.
 std::vector<Bytes> boxes(const Bytes& payload, uint8_t tag) {
     std::vector<Bytes> out;

@@ -26,12 +26,13 @@ struct Node {
 
     uint32_t u32() const noexcept {
         uint8_t b[4] = {0, 0, 0, 0};
-        std::memcpy(b, value.data(), value.size() < 4 ? value.size() : 4);
+        if (!value.empty()) std::memcpy(b, value.data(), value.size() < 4 ? value.size() : 4);
         return uint32_t(b[0]) | uint32_t(b[1]) << 8 | uint32_t(b[2]) << 16 | uint32_t(b[3]) << 24;
     }
     uint8_t u8() const noexcept { return value.empty() ? 0 : value[0]; }
     // The value as text, cut at the first NUL.
     std::string text() const {
+        if (value.empty()) return {};
         const void* nul = std::memchr(value.data(), 0, value.size());
         const size_t n = nul ? size_t(static_cast<const uint8_t*>(nul) - value.data()) : value.size();
         return std::string(reinterpret_cast<const char*>(value.data()), n);
@@ -45,11 +46,12 @@ struct Elem {
     uint32_t length;
     uint32_t u32() const noexcept {
         uint8_t b[4] = {0, 0, 0, 0};
-        std::memcpy(b, value, length < 4 ? length : 4);
+        if (length != 0) std::memcpy(b, value, length < 4 ? length : 4);
         return uint32_t(b[0]) | uint32_t(b[1]) << 8 | uint32_t(b[2]) << 16 | uint32_t(b[3]) << 24;
     }
     uint8_t u8() const noexcept { return length ? value[0] : 0; }
     std::string text() const {
+        if (length == 0) return {};
         const void* nul = std::memchr(value, 0, length);
         const size_t n = nul ? size_t(static_cast<const uint8_t*>(nul) - value) : length;
         return std::string(reinterpret_cast<const char*>(value), n);
