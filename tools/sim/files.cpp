@@ -31,14 +31,20 @@ Reply answer(Out&& o) {
 
 }  // namespace
 
-const Bytes* Terminal::file(uint32_t type, const std::string& name) const {
+const Blob* Terminal::file(uint32_t type, const std::string& name) const {
     auto it = files_.find({type, name});
     return it == files_.end() ? nullptr : &it->second;
 }
 
 void Terminal::save_file(uint32_t type, const std::string& name) {
-    if (const Bytes* f = file(type, name)) store_.put(file_key(type, name), *f);
-    else store_.remove(file_key(type, name));
+    if (!store_.persistent()) return;
+    if (const Blob* f = file(type, name)) {
+        std::vector<std::pair<const uint8_t*, size_t>> parts;
+        for (const Blob::Piece& p : f->pieces()) parts.emplace_back(p.buf.get() + p.off, p.len);
+        store_.put_parts(file_key(type, name), parts);
+    } else {
+        store_.remove(file_key(type, name));
+    }
 }
 
 Reply Terminal::files(Session& s, const Request& rq) {
@@ -83,9 +89,8 @@ Reply Terminal::files(Session& s, const Request& rq) {
                 if (size > kMaxFile || packets != (size + kPacket - 1) / kPacket) return Reply::of(KVN_E_INVALID_FILE_LENGTH);
                 t.size = size;
                 t.packets = packets;
-                t.data.reserve(size);
             } else {
-                const Bytes* f = file(type, name);
+                const Blob* f = file(type, name);
                 if (f == nullptr) return Reply::of(KVN_E_DEVICE_FAILED_TO_OPEN_FILE);
                 t.size = uint32_t(f->size());
                 t.packets = (t.size + kPacket - 1) / kPacket;
@@ -97,7 +102,7 @@ Reply Terminal::files(Session& s, const Request& rq) {
             o.u32(6, t.size);
             o.u32(7, t.packets);
             if (t.upload && t.packets == 0) {
-                files_[{type, name}] = Bytes();
+                files_[{type, name}] = Blob();
                 save_file(type, name);
             } else {
                 if (s.transfers.size() >= kMaxTransfers) s.transfers.erase(s.transfers.begin());
@@ -113,7 +118,9 @@ Reply Terminal::files(Session& s, const Request& rq) {
             if (packet != t.next) return Reply::of(KVN_E_INVALID_PACKET_ID);
             const uint32_t left = t.size - uint32_t(t.data.size());
             if (data->length != std::min(left, kPacket)) return Reply::of(KVN_E_INVALID_PACKET_SIZE);
-            t.data.insert(t.data.end(), data->value, data->value + data->length);
+            // A packet that came in its own buffer is kept there.
+            if (rq.body) t.data.append(rq.body, size_t(data->value - rq.body.get()), data->length);
+            else t.data.append_copy(data->value, data->length);
             ++t.next;
             if (t.next > t.packets) {
                 files_[{t.file_type, t.name}] = std::move(t.data);
@@ -133,7 +140,10 @@ Reply Terminal::files(Session& s, const Request& rq) {
             Out o;
             o.u32(1, id);
             o.u32(3, packet);
-            o.element(8, t.data.data() + from, n);
+            o.head(8, uint32_t(n));
+            const size_t at = o.bytes.size();
+            o.bytes.resize(at + n);
+            t.data.read(from, n, o.bytes.data() + at);
             return answer(std::move(o));
         }
         case kReset: {
@@ -169,7 +179,7 @@ Reply Terminal::firmware(const Request& rq) {
     }
     if (action == 0) return Reply::of(KVN_E_PAYLOAD_NOT_RECEIVED);
     if ((action == 8) != (rq.type == kGet)) return Reply::of(KVN_E_INVALID_REQUEST_TYPE);
-    auto newest = [&](uint32_t type) -> const Bytes* {
+    auto newest = [&](uint32_t type) -> const Blob* {
         for (const auto& [key, data] : files_)
             if (key.first == type && !data.empty()) return &data;
         return nullptr;
@@ -186,15 +196,16 @@ Reply Terminal::firmware(const Request& rq) {
                 const Node* n3 = u.field(3);
                 csv += id + "," + (n3 ? n3->text() : std::string()) + "\n";
             }
-            files_[{3, name}] = Bytes(csv.begin(), csv.end());
+            files_[{3, name}] = Blob(reinterpret_cast<const uint8_t*>(csv.data()), csv.size());
             save_file(3, name);
             return Reply{};
         }
         default: {
             if (!valid_name(name)) return Reply::of(KVN_E_INVALID_FILE_NAME);
-            const Bytes* f = file(3, name);
+            const Blob* f = file(3, name);
             if (f == nullptr) return Reply::of(KVN_E_DEVICE_FAILED_TO_OPEN_FILE);
-            const std::string csv(f->begin(), f->end());
+            const Bytes content = f->bytes();
+            const std::string csv(content.begin(), content.end());
             size_t pos = 0;
             bool header = true;
             while (pos < csv.size()) {
@@ -330,7 +341,7 @@ bool Terminal::load(std::string* error) {
         for (const std::string& key : store_.list(dir + "/")) {
             Bytes data;
             const std::string name = unhex(key.substr(dir.size() + 1));
-            if (!name.empty() && store_.get(key, &data)) files_[{type, name}] = std::move(data);
+            if (!name.empty() && store_.get(key, &data)) files_[{type, name}] = Blob(data);
         }
     }
     load_misc();

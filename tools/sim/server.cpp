@@ -11,6 +11,7 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <chrono>
@@ -31,6 +32,7 @@ namespace {
 constexpr uint32_t kSync = 0xAABBCCDDu;
 constexpr uint32_t kHeader = 24;                // request header, sync word included
 constexpr uint32_t kMaxPayload = 1u << 20;      // larger requests are refused
+constexpr uint32_t kOwnBuffer = 8192;           // bodies this large get a buffer of their own
 constexpr uint32_t kWrongSync = 0x11223344u;
 
 bool parse_listen(const std::string& text, sockaddr_in* addr) {
@@ -50,57 +52,134 @@ bool parse_listen(const std::string& text, sockaddr_in* addr) {
     return ::inet_pton(AF_INET, host.c_str(), &addr->sin_addr) == 1;
 }
 
-// Reads from a socket or a pseudo-terminal into a growing buffer.
+// Buffers for large bodies are recycled: a file's packets are freed together
+// when it is replaced, and handing that memory back to the system only to fault
+// it in again for the next upload costs more than the packets' own copy.
+class BodyPool {
+public:
+    static constexpr size_t kSize = 65536 + 64;  // one file packet and its elements
+    static constexpr size_t kKeep = 512;
+
+    std::shared_ptr<uint8_t[]> get(size_t n) {
+        if (n > kSize) return std::shared_ptr<uint8_t[]>(new uint8_t[n]);
+        uint8_t* p = nullptr;
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            if (!free_.empty()) {
+                p = free_.back();
+                free_.pop_back();
+            }
+        }
+        if (p == nullptr) p = new uint8_t[kSize];
+        return std::shared_ptr<uint8_t[]>(p, [this](uint8_t* b) { put(b); });
+    }
+
+private:
+    void put(uint8_t* b) {
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            if (free_.size() < kKeep) {
+                free_.push_back(b);
+                return;
+            }
+        }
+        delete[] b;
+    }
+    std::mutex mutex_;
+    std::vector<uint8_t*> free_;
+};
+
+BodyPool& body_pool() {
+    static BodyPool* pool = new BodyPool;  // outlives every buffer it hands out
+    return *pool;
+}
+
+// Reads from a socket or a pseudo-terminal into a buffer that holds a whole
+// file packet. A large frame can leave with its buffer (the reader takes a fresh
+// one), so that the terminal keeps the body where it arrived, without a copy.
 class Reader {
 public:
-    Reader(int fd, bool tty, int wake) : fd_(fd), tty_(tty), wake_(wake), buf_(256 * 1024) {}
+    Reader(int fd, bool tty, int wake) : fd_(fd), tty_(tty), wake_(wake) {
+        buf_ = body_pool().get(BodyPool::kSize);
+        cap_ = BodyPool::kSize;
+    }
 
     // Makes at least n bytes available; false when the link ended or the server stops.
     bool need(size_t n) {
         if (end_ - begin_ >= n) return true;
-        if (buf_.size() - begin_ < n) {
-            std::memmove(buf_.data(), buf_.data() + begin_, end_ - begin_);
+        if (cap_ - begin_ < n) {
+            if (cap_ < n) {
+                std::shared_ptr<uint8_t[]> bigger(new uint8_t[n]);
+                std::memcpy(bigger.get(), buf_.get() + begin_, end_ - begin_);
+                buf_ = std::move(bigger);
+                cap_ = n;
+            } else {
+                std::memmove(buf_.get(), buf_.get() + begin_, end_ - begin_);
+            }
             end_ -= begin_;
             begin_ = 0;
-            if (buf_.size() < n) buf_.resize(n);
         }
         while (end_ - begin_ < n) {
+            const ssize_t r = fill(buf_.get() + end_, cap_ - end_);
+            if (r <= 0) return false;
+            end_ += size_t(r);
+        }
+        return true;
+    }
+    const uint8_t* data() const { return buf_.get() + begin_; }
+    void consume(size_t n) {
+        begin_ += n;
+        if (begin_ == end_) begin_ = end_ = 0;
+    }
+    // Hands over the buffer holding the next `frame` bytes (they start at
+    // *offset in it) and goes on with a fresh buffer.
+    std::shared_ptr<uint8_t[]> detach(size_t frame, size_t* offset) {
+        std::shared_ptr<uint8_t[]> out = std::move(buf_);
+        *offset = begin_;
+        const size_t rest = end_ - begin_ - frame;
+        buf_ = body_pool().get(BodyPool::kSize);
+        cap_ = BodyPool::kSize;
+        if (rest > cap_) {
+            buf_.reset(new uint8_t[rest]);
+            cap_ = rest;
+        }
+        std::memcpy(buf_.get(), out.get() + begin_ + frame, rest);
+        begin_ = 0;
+        end_ = rest;
+        return out;
+    }
+
+private:
+    // One read of at most max bytes: the count, or 0 when the link ended or the
+    // server stops.
+    ssize_t fill(uint8_t* dst, size_t max) {
+        for (;;) {
             if (tty_) {
                 pollfd p[2] = {{fd_, POLLIN, 0}, {wake_, POLLIN, 0}};
                 const int r = ::poll(p, 2, -1);
                 if (r < 0 && errno == EINTR) continue;
-                if (r < 0 || p[1].revents != 0) return false;
+                if (r < 0 || p[1].revents != 0) return 0;
                 if (!(p[0].revents & POLLIN)) {
                     if (p[0].revents & (POLLHUP | POLLERR)) std::this_thread::sleep_for(std::chrono::milliseconds(5));
                     continue;
                 }
             }
-            const ssize_t r = tty_ ? ::read(fd_, buf_.data() + end_, buf_.size() - end_)
-                                   : ::recv(fd_, buf_.data() + end_, buf_.size() - end_, 0);
-            if (r > 0) {
-                end_ += size_t(r);
-                continue;
-            }
+            const ssize_t r = tty_ ? ::read(fd_, dst, max) : ::recv(fd_, dst, max, 0);
+            if (r > 0) return r;
             if (r < 0 && errno == EINTR) continue;
             if (tty_ && r < 0 && (errno == EIO || errno == EAGAIN)) {
                 std::this_thread::sleep_for(std::chrono::milliseconds(5));
                 continue;
             }
-            return false;
+            return 0;
         }
-        return true;
-    }
-    const uint8_t* data() const { return buf_.data() + begin_; }
-    void consume(size_t n) {
-        begin_ += n;
-        if (begin_ == end_) begin_ = end_ = 0;
     }
 
-private:
     int fd_;
     bool tty_;
     int wake_;
-    Bytes buf_;
+    std::shared_ptr<uint8_t[]> buf_;
+    size_t cap_ = 0;
     size_t begin_ = 0, end_ = 0;
 };
 
@@ -208,12 +287,21 @@ struct Simulator::Impl {
                 const uint32_t crc = kvn::crc32(0, h + 4, kHeader - 4 + n);
                 if (crc != le32(h + kHeader + n)) {
                     reply = Reply::of(KVN_E_INVALID_DATA_RECEIVED);
+                    in.consume(kHeader + n + 4);
+                } else if (n >= kOwnBuffer) {
+                    // A large body leaves with its buffer, which the terminal may
+                    // keep (file packets are stored where they arrived).
+                    size_t at = 0;
+                    rq.body = in.detach(kHeader + n + 4, &at);
+                    rq.data = rq.body.get() + at + kHeader;
+                    rq.size = n;
+                    reply = terminal->handle(session, rq);
                 } else {
                     rq.data = h + kHeader;
                     rq.size = n;
                     reply = terminal->handle(session, rq);
+                    in.consume(kHeader + n + 4);
                 }
-                in.consume(kHeader + n + 4);
             }
             requests.fetch_add(1, std::memory_order_relaxed);
             if (reply.silent) {

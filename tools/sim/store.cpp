@@ -29,24 +29,25 @@ bool make_dirs(const std::string& path) {
     return ::stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
 }
 
-bool write_file_atomic(const std::string& path, const void* data, size_t size) {
+bool write_file_atomic(const std::string& path, const std::vector<std::pair<const uint8_t*, size_t>>& parts) {
     static std::atomic<uint64_t> counter{0};
     const size_t slash = path.rfind('/');
     if (slash != std::string::npos && !make_dirs(path.substr(0, slash))) return false;
     const std::string tmp = path + ".tmp." + std::to_string(::getpid()) + "." + std::to_string(counter++);
     const int fd = ::open(tmp.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
     if (fd < 0) return false;
-    const auto* p = static_cast<const uint8_t*>(data);
-    size_t done = 0;
-    while (done < size) {
-        const ssize_t w = ::write(fd, p + done, size - done);
-        if (w < 0 && errno == EINTR) continue;
-        if (w <= 0) {
-            ::close(fd);
-            ::unlink(tmp.c_str());
-            return false;
+    for (const auto& [p, size] : parts) {
+        size_t done = 0;
+        while (done < size) {
+            const ssize_t w = ::write(fd, p + done, size - done);
+            if (w < 0 && errno == EINTR) continue;
+            if (w <= 0) {
+                ::close(fd);
+                ::unlink(tmp.c_str());
+                return false;
+            }
+            done += size_t(w);
         }
-        done += size_t(w);
     }
     if (::close(fd) != 0 || ::rename(tmp.c_str(), path.c_str()) != 0) {
         ::unlink(tmp.c_str());
@@ -115,44 +116,25 @@ bool Store::prepare(std::string* error) {
 }
 
 bool Store::put(const std::string& key, const std::vector<uint8_t>& value) {
-    if (!persistent()) {
-        std::lock_guard<std::mutex> lock(mutex_);
-        memory_[key] = value;
-        return true;
-    }
-    return write_file_atomic(path(key), value.data(), value.size());
+    return put_parts(key, {{value.data(), value.size()}});
+}
+
+bool Store::put_parts(const std::string& key, const std::vector<std::pair<const uint8_t*, size_t>>& parts) {
+    if (!persistent()) return true;
+    return write_file_atomic(path(key), parts);
 }
 
 bool Store::get(const std::string& key, std::vector<uint8_t>* value) const {
-    if (!persistent()) {
-        std::lock_guard<std::mutex> lock(mutex_);
-        auto it = memory_.find(key);
-        if (it == memory_.end()) return false;
-        *value = it->second;
-        return true;
-    }
-    return read_file(path(key), value);
+    return persistent() && read_file(path(key), value);
 }
 
 void Store::remove(const std::string& key) {
-    if (!persistent()) {
-        std::lock_guard<std::mutex> lock(mutex_);
-        memory_.erase(key);
-        return;
-    }
-    ::unlink(path(key).c_str());
+    if (persistent()) ::unlink(path(key).c_str());
 }
 
 std::vector<std::string> Store::list(const std::string& prefix) const {
     std::vector<std::string> keys;
-    if (!persistent()) {
-        std::lock_guard<std::mutex> lock(mutex_);
-        for (auto it = memory_.lower_bound(prefix); it != memory_.end(); ++it) {
-            if (it->first.compare(0, prefix.size(), prefix) != 0) break;
-            if (it->first.find('/', prefix.size()) == std::string::npos) keys.push_back(it->first);
-        }
-        return keys;
-    }
+    if (!persistent()) return keys;
     DIR* d = ::opendir(path(prefix).c_str());
     if (d == nullptr) return keys;
     while (dirent* e = ::readdir(d)) {

@@ -1,20 +1,20 @@
-// Where the simulated terminal keeps what it was told: in memory, or under a
-// state directory where every record is a file written to a temporary name and
-// then renamed over the old one, so that a restart or a kill at any moment finds
-// either the old or the new record, never a torn one.
+// Where the simulated terminal keeps what it was told, when it was given a state
+// directory: every record is a file written to a temporary name and then renamed
+// over the old one, so that a restart or a kill at any moment finds either the
+// old or the new record, never a torn one. Without a directory the terminal's
+// state lives only in its own memory and the store keeps nothing.
 #pragma once
 
 #include <cstdint>
-#include <map>
-#include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace kvnsim {
 
 class Store {
 public:
-    // An empty directory keeps everything in memory.
+    // An empty directory: nothing is kept.
     explicit Store(std::string dir);
 
     bool persistent() const noexcept { return !dir_.empty(); }
@@ -25,6 +25,8 @@ public:
 
     // Keys are relative paths made of [A-Za-z0-9._-] and '/'.
     bool put(const std::string& key, const std::vector<uint8_t>& value);
+    // The concatenation of the parts, as one record.
+    bool put_parts(const std::string& key, const std::vector<std::pair<const uint8_t*, size_t>>& parts);
     bool get(const std::string& key, std::vector<uint8_t>* value) const;
     void remove(const std::string& key);
     // Keys directly below `prefix` ("users/" lists "users/<name>").
@@ -35,13 +37,11 @@ public:
 
 private:
     std::string dir_;
-    mutable std::mutex mutex_;                               // memory mode only
-    std::map<std::string, std::vector<uint8_t>> memory_;
 };
 
 // Writes `data` to `path` through a temporary file in the same directory and a
 // rename; creates missing parent directories.
-bool write_file_atomic(const std::string& path, const void* data, size_t size);
+bool write_file_atomic(const std::string& path, const std::vector<std::pair<const uint8_t*, size_t>>& parts);
 bool read_file(const std::string& path, std::vector<uint8_t>* out);
 bool make_dirs(const std::string& path);
 

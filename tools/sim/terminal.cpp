@@ -600,7 +600,7 @@ Reply Terminal::certificates(const Request& rq) {
             if (int32_t rc = parse(fields, rq.data, rq.size, &in); rc != 0) return Reply::of(rc);
             std::string name, secret;
             for (const Node& n : in) (n.tag == 21 ? name : secret) = n.text();
-            const Bytes* f = file(6, name);
+            const Blob* f = file(6, name);
             if (f == nullptr) return Reply::of(KVN_E_CERTIFICATE_DOES_NOT_EXIST_ON_DEVICE);
             const bool ca = ends_with(name, ".crt");
             if (!ca && !ends_with(name, ".pfx") && !ends_with(name, ".p12")) return Reply::of(KVN_E_VPN_CERTIFICATE_BAD_FORMAT);

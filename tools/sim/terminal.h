@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "blob.h"
 #include "journal.h"
 #include "store.h"
 #include "wire.h"
@@ -27,6 +28,9 @@ struct Request {
     uint32_t command = 0;
     const uint8_t* data = nullptr;
     uint32_t size = 0;
+    // Large payloads arrive in a buffer of their own, which a handler may keep
+    // (data points into it).
+    std::shared_ptr<uint8_t[]> body;
 };
 
 struct Reply {
@@ -48,8 +52,8 @@ struct Transfer {
     std::string name;
     uint32_t size = 0;
     uint32_t packets = 0;
-    uint32_t next = 1;  // packet expected (upload) or last served (download)
-    Bytes data;
+    uint32_t next = 1;  // packet expected (upload)
+    Blob data;
 };
 
 // Per-connection state.
@@ -164,7 +168,7 @@ private:
 
     // Files.
     void save_file(uint32_t type, const std::string& name);
-    const Bytes* file(uint32_t type, const std::string& name) const;
+    const Blob* file(uint32_t type, const std::string& name) const;
 
     void save_misc();
     void load_misc();
@@ -178,7 +182,7 @@ private:
     std::map<uint32_t, std::vector<Node>> groups_;
     std::map<std::string, User> users_;
     std::map<uint32_t, std::string> user_groups_;
-    std::map<std::pair<uint32_t, std::string>, Bytes> files_;
+    std::map<std::pair<uint32_t, std::string>, Blob> files_;
     std::map<uint8_t, WiegandFormat> formats_;
     std::vector<Bytes> revoked_;
     std::vector<std::string> user_certs_, ca_certs_;

@@ -86,6 +86,11 @@ public:
         if (length != 0) bytes.insert(bytes.end(), v, v + length);
     }
     void element(uint8_t tag, const Bytes& v) { element(tag, v.data(), v.size()); }
+    // Only the tag and length of an element whose value the caller appends.
+    void head(uint8_t tag, uint32_t length) {
+        bytes.push_back(tag);
+        length_of(length);
+    }
     void u8(uint8_t tag, uint8_t v) { element(tag, &v, 1); }
     void u16(uint8_t tag, uint16_t v) {
         const uint8_t b[2] = {uint8_t(v), uint8_t(v >> 8)};
