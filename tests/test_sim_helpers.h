@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstring>
 #include <initializer_list>
 #include <memory>
 #include <string>
@@ -121,8 +122,12 @@ inline const Bytes* value_of(const std::vector<Element>& es, uint8_t tag) {
     return nullptr;
 }
 // Payload builders: elements and containers (long-form lengths, as encoders write them).
+// (Sizes are reserved up front: GCC 12 warns wrongly about inserts that grow.)
 inline Bytes cat(std::initializer_list<Bytes> parts) {
+    size_t n = 0;
+    for (const Bytes& p : parts) n += p.size();
     Bytes b;
+    b.reserve(n);
     for (const Bytes& p : parts) b.insert(b.end(), p.begin(), p.end());
     return b;
 }
@@ -131,13 +136,18 @@ inline Bytes u32(uint8_t tag, uint32_t v) {
 }
 inline Bytes u8(uint8_t tag, uint8_t v) { return {tag, 1, v}; }
 inline Bytes text(uint8_t tag, const std::string& s) {
-    Bytes b = {tag, uint8_t(s.size())};
+    Bytes b;
+    b.reserve(2 + s.size());
+    b.push_back(tag);
+    b.push_back(uint8_t(s.size()));
     b.insert(b.end(), s.begin(), s.end());
     return b;
 }
 inline Bytes raw(uint8_t tag, const Bytes& v) {
     const uint32_t n = uint32_t(v.size());
-    Bytes b = {tag};
+    Bytes b;
+    b.reserve(6 + v.size());
+    b.push_back(tag);
     if (n < 0x80) {
         b.push_back(uint8_t(n));
     } else if (n < 0x100) {
@@ -152,8 +162,11 @@ inline Bytes raw(uint8_t tag, const Bytes& v) {
 }
 inline Bytes box(uint8_t tag, const Bytes& inner) {
     const uint32_t n = uint32_t(inner.size());
-    Bytes b = {tag, 0x84, uint8_t(n >> 24), uint8_t(n >> 16), uint8_t(n >> 8), uint8_t(n)};
-    b.insert(b.end(), inner.begin(), inner.end());
+    Bytes b(6 + inner.size());
+    b[0] = tag;
+    b[1] = 0x84;
+    for (int i = 0; i < 4; ++i) b[2 + i] = uint8_t(n >> (24 - 8 * i));
+    if (n != 0) std::memcpy(b.data() + 6, inner.data(), n);
     return b;
 }
 inline std::string str(const Bytes& b) { return std::string(b.begin(), b.end()); }
