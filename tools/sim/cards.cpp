@@ -182,12 +182,17 @@ Reply Terminal::cards(const Request& rq) {
 // Wiegand formats: upload (701), list (702) and delete (704), at most 20.
 Reply Terminal::wiegand(const Request& rq) {
     if (rq.command == 702) {
+        // As many formats as fit the reader's 1024-byte buffer.
         Out o;
         for (const auto& [id, f] : formats_) {
             const size_t at = o.open();
             o.u8(3, f.id);
-            if (!f.name.empty()) o.text(4, f.name);
+            if (!f.name.empty()) o.text(4, f.name.substr(0, 50));
             o.close(at, 1);
+            if (o.bytes.size() >= 1024) {
+                o.bytes.resize(at);
+                break;
+            }
         }
         return answer(std::move(o));
     }

@@ -577,22 +577,26 @@ Reply Terminal::wifi(const Request& rq) {
 }
 
 // Certificates: files uploaded with file type 6 are installed into the user
-// (.pfx, .p12) or CA (.crt) store.
+// (.pfx, .p12) or CA (.crt) store. The lists answer as many names as fit the
+// reader's 1024-byte buffer.
 Reply Terminal::certificates(const Request& rq) {
     Out o;
+    auto add_name = [&](uint8_t tag, const std::string& n) {
+        if (o.bytes.size() + 2 + std::min<size_t>(n.size(), 50) < 1024) o.text(tag, n.substr(0, 50));
+    };
     switch (rq.command) {
         case 133:
-            for (const auto& n : user_certs_) o.text(4, n.substr(0, 50));
+            for (const auto& n : user_certs_) add_name(4, n);
             break;
         case 1003:
-            for (const auto& n : user_certs_) o.text(14, n.substr(0, 50));
+            for (const auto& n : user_certs_) add_name(14, n);
             break;
         case 1004:
-            for (const auto& n : ca_certs_) o.text(15, n.substr(0, 50));
+            for (const auto& n : ca_certs_) add_name(15, n);
             break;
         case 1007:
             for (const auto& [key, data] : files_)
-                if (key.first == 6) o.text(21, key.second.substr(0, 50));
+                if (key.first == 6) add_name(21, key.second);
             break;
         case 1005: {
             static const std::vector<Field> fields = {Field{21, Kind::text, 255}, Field{22, Kind::text, 1000}};

@@ -491,8 +491,6 @@ Reply Terminal::biometrics(const Request& rq) {
             uint8_t finger = 0;
             const User* holder = match(tmpl, &finger);
             if (finger_template(owner, f) == tmpl) {
-                LogEntry dummy;
-                (void)dummy;
                 if (holder) return verified(*holder, finger, kEventVerify);
                 log_event(kEventVerify, 0, "", 1, f, "Verified");
                 Out o;
