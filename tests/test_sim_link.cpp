@@ -17,6 +17,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <functional>
 #include <thread>
 
 #include "peer.h"
@@ -385,6 +386,72 @@ TEST_P(SimFoundation, FramesResetsRawMoversAndTlv) {
 
 INSTANTIATE_TEST_SUITE_P(Transports, SimFoundation, ::testing::Values(false, true),
                          [](const ::testing::TestParamInfo<bool>& i) { return i.param ? "Serial" : "Tcp"; });
+
+// Random payloads, well-formed or not, to every command under every request type:
+// each gets an answer frame, and the terminal keeps serving.
+TEST(SimRobustness, EveryCommandAnswersWhateverItIsSent) {
+    const uint32_t commands[] = {
+        1,   3,   4,   5,   6,   7,   8,   10,  11,  12,  13,  14,  15,  16,  101, 102, 103, 104, 105, 106,
+        107, 108, 109, 110, 111, 112, 113, 115, 116, 119, 120, 122, 123, 124, 125, 126, 127, 128, 129, 130,
+        133, 134, 135, 136, 137, 138, 139, 140, 141, 142, 145, 146, 147, 149, 155, 156, 163, 165, 166, 201,
+        202, 205, 301, 302, 303, 304, 305, 306, 401, 402, 403, 404, 405, 406, 407, 408, 409, 410, 411, 412,
+        413, 505, 507, 508, 601, 701, 702, 703, 704, 801, 802, 803, 901, 902, 903, 904, 905, 906, 907, 908,
+        909, 910, 911, 912, 913, 916, 917, 1001, 1002, 1003, 1004, 1005, 1006, 1007, 0, 2, 9, 999, 0xFFFFFFFF};
+    kvnsim::Simulator sim;
+    ASSERT_TRUE(sim.start());
+    sim.present_card({1, 2, 3, 4});
+    ShortWaits waits(5000);
+    kvn_device_conn c = simtest::tcp_conn(sim.port());
+    ASSERT_EQ(kvn_open_device_conn(&c), 0);
+    uint32_t x = 2024;
+    auto next = [&] { return (x = x * 1664525u + 1013904223u) >> 8; };
+    // A random element sequence, with containers of the same inside some.
+    std::function<Bytes(int)> elements = [&](int depth) {
+        Bytes p;
+        const uint32_t count = next() % 6;
+        for (uint32_t i = 0; i < count; ++i) {
+            const uint8_t tag = uint8_t(next() % 48);
+            Bytes v;
+            if (depth < 2 && next() % 4 == 0) {
+                v = elements(depth + 1);
+                const uint32_t n = uint32_t(v.size());
+                p.insert(p.end(), {tag, 0x84, uint8_t(n >> 24), uint8_t(n >> 16), uint8_t(n >> 8), uint8_t(n)});
+            } else {
+                const uint32_t widths[] = {0, 1, 2, 4, 4, 4, 16, 17, 64, 200};
+                v.resize(widths[next() % 10]);
+                for (auto& b : v) b = uint8_t(next());
+                p.push_back(tag);
+                p.push_back(uint8_t(v.size()));
+            }
+            p.insert(p.end(), v.begin(), v.end());
+        }
+        return p;
+    };
+    int answered = 0, total = 0;
+    for (uint32_t command : commands) {
+        for (uint16_t type = 1; type <= 5; ++type) {
+            for (int k = 0; k < 6; ++k) {
+                Bytes payload = elements(0);
+                if (k == 5) {  // plain noise
+                    payload.resize(next() % 300);
+                    for (auto& b : payload) b = uint8_t(next());
+                }
+                const Answer a = exchange(c, type, command, payload);
+                ++total;
+                if (a.rc != KVN_E_READ_TIMEOUT && a.rc != KVN_E_WRITE_TIMEOUT) {
+                    ++answered;
+                    continue;
+                }
+                ADD_FAILURE() << "no answer to command " << command << " type " << type;
+                kvn_close_device_conn(&c);
+                ASSERT_EQ(kvn_open_device_conn(&c), 0);
+            }
+        }
+    }
+    EXPECT_EQ(answered, total);
+    EXPECT_EQ(exchange(c, KVN_REQ_GET, 149).rc, 0);
+    kvn_close_device_conn(&c);
+}
 
 // State under --state survives a restart.
 TEST(SimState, SettingsUsersAndFilesSurviveARestart) {
