@@ -6,20 +6,20 @@
 //
 // Prints the address it listens on (or the pseudo-terminal path) and serves
 // until SIGINT or SIGTERM.
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
 
+#include <pthread.h>
+#include <signal.h>
 #include <unistd.h>
 
 #include "kvnsim.h"
 
 namespace {
-
-volatile std::sig_atomic_t g_stop = 0;
-void on_signal(int) { g_stop = 1; }
 
 void usage(FILE* out) {
     std::fprintf(out,
@@ -101,9 +101,14 @@ int main(int argc, char** argv) {
         }
     }
 
-    std::signal(SIGINT, on_signal);
-    std::signal(SIGTERM, on_signal);
+    // SIGINT and SIGTERM are blocked before the serving threads start (they
+    // inherit the mask) and taken here with sigwait, whichever thread they hit.
     std::signal(SIGPIPE, SIG_IGN);
+    sigset_t stop_signals;
+    sigemptyset(&stop_signals);
+    sigaddset(&stop_signals, SIGINT);
+    sigaddset(&stop_signals, SIGTERM);
+    pthread_sigmask(SIG_BLOCK, &stop_signals, nullptr);
 
     kvnsim::Simulator sim(opt);
     std::string error;
@@ -115,7 +120,9 @@ int main(int argc, char** argv) {
     if (opt.serial) std::printf("%s\n", sim.serial_path().c_str());
     else std::printf("%s\n", sim.address().c_str());
     std::fflush(stdout);
-    while (!g_stop) ::pause();
+    int signal_number = 0;
+    while (sigwait(&stop_signals, &signal_number) != 0) {
+    }
     sim.stop();
     return 0;
 }
