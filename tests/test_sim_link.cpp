@@ -17,6 +17,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <thread>
 
@@ -521,11 +522,15 @@ TEST(SimState, NothingAnsweredIsLostToKill9) {
     ::kill(child, SIGKILL);
     ::waitpid(child, nullptr, 0);
     kvn_close_device_conn(&c);
+    // What a write cut short by the kill would leave: a temporary file.
+    const std::string stray = dir + "/settings/149.tmp.999.0";
+    { std::ofstream(stray) << "torn"; }
 
     kvnsim::Options o;
     o.state_dir = dir;
     kvnsim::Simulator sim(o);
     ASSERT_TRUE(sim.start());
+    EXPECT_FALSE(std::filesystem::exists(stray));
     c = simtest::tcp_conn(sim.port());
     ASSERT_EQ(kvn_open_device_conn(&c), 0);
     EXPECT_EQ(exchange(c, KVN_REQ_GET, 149).payload, lcd_payload(50, "v"));

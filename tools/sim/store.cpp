@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 
 namespace kvnsim {
 
@@ -111,6 +112,14 @@ bool Store::prepare(std::string* error) {
     if (!make_dirs(dir_)) {
         if (error) *error = "cannot create state directory " + dir_ + ": " + std::strerror(errno);
         return false;
+    }
+    // Temporary files of writes that a kill interrupted are left-overs.
+    std::error_code ec;
+    for (auto it = std::filesystem::recursive_directory_iterator(dir_, ec);
+         !ec && it != std::filesystem::recursive_directory_iterator(); it.increment(ec)) {
+        if (it->is_regular_file(ec) && it->path().filename().string().find(".tmp.") != std::string::npos) {
+            std::filesystem::remove(it->path(), ec);
+        }
     }
     return true;
 }
