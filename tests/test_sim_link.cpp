@@ -10,6 +10,9 @@
 #include <signal.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
+#include <poll.h>
+#include <termios.h>
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -452,6 +455,37 @@ TEST(SimRobustness, EveryCommandAnswersWhateverItIsSent) {
     EXPECT_EQ(answered, total);
     EXPECT_EQ(exchange(c, KVN_REQ_GET, 149).rc, 0);
     kvn_close_device_conn(&c);
+}
+
+// On a serial line there is no connection to drop: after bytes that are not a
+// frame the terminal finds the next sync word and answers that frame.
+TEST(SimSerial, LineResynchronisesOnTheNextSyncWord) {
+    kvnsim::Options o;
+    o.serial = true;
+    kvnsim::Simulator sim(o);
+    ASSERT_TRUE(sim.start());
+    const int fd = ::open(sim.serial_path().c_str(), O_RDWR | O_NOCTTY);
+    ASSERT_GE(fd, 0);
+    termios tio;
+    ASSERT_EQ(::tcgetattr(fd, &tio), 0);
+    ::cfmakeraw(&tio);
+    ASSERT_EQ(::tcsetattr(fd, TCSANOW, &tio), 0);
+    const Bytes request = hex("dd cc bb aa 04 03 02 01 02 00 02 00 00 00 00 00 67 00 00 00 00 00 00 00 d1 1e fc dc");
+    Bytes line = hex("00 dd cc 17 aa dd cc bb");  // noise, including a partial sync word
+    line.insert(line.end(), request.begin(), request.end());
+    ASSERT_EQ(::write(fd, line.data(), line.size()), static_cast<ssize_t>(line.size()));
+    Bytes got(38);
+    size_t have = 0;
+    while (have < got.size()) {
+        pollfd p{fd, POLLIN, 0};
+        ASSERT_EQ(::poll(&p, 1, 5000), 1) << "no answer on the line";
+        const ssize_t r = ::read(fd, got.data() + have, got.size() - have);
+        ASSERT_GT(r, 0);
+        have += size_t(r);
+    }
+    EXPECT_EQ(got, hex("dd cc bb aa 04 03 02 01 02 00 02 00 00 00 00 00 00 00 00 00 00 00 00 00 06 00 00 00"
+                       " 01 04 00 00 00 00 c0 ba db c6"));
+    ::close(fd);
 }
 
 // State under --state survives a restart.
