@@ -1,15 +1,26 @@
 #!/usr/bin/env bash
 # The Windows leg: cross-builds kvnsdk2.dll (with its import library), the static
 # library, the examples and the tests with mingw-w64 (preset "mingw", build/mingw),
-# runs the tests under Wine through ctest, then checks the DLL itself: its export
-# table against the public header, and an example program that loads it and talks
-# to the terminal stand-in over loopback TCP.
+# runs the tests under Wine through ctest (the end-to-end ones against the Linux
+# kvn-sim), then checks the DLL itself: its export table against the public header,
+# and an example program that loads it and talks to the terminal stand-in.
 # Needs: g++-mingw-w64-x86-64-posix, googletest (sources), wine64, cmake, cc.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 build=build/mingw
 
-cmake --preset mingw >/dev/null
+# The end-to-end tests talk to the Linux simulator: KVN_SIM_PROGRAM if set, else the
+# one the default preset builds (a no-op when the Linux leg has built it already).
+# With a simulator at hand they must not skip.
+sim=${KVN_SIM_PROGRAM:-}
+if [ -z "$sim" ] && [ -f tools/sim/CMakeLists.txt ]; then
+  cmake --preset default >/dev/null
+  cmake --build --preset default --target kvn-sim
+  sim=$PWD/build/default/tools/sim/kvn-sim
+fi
+if [ -n "$sim" ]; then export KVN_TEST_REQUIRE_SIM=1; fi
+
+cmake --preset mingw -DKVN_SIM_PROGRAM="$sim" >/dev/null
 cmake --build --preset mingw
 ctest --preset mingw
 

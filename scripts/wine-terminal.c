@@ -1,12 +1,21 @@
 /* A stand-in terminal on the Linux side for the Windows tests that run under Wine.
  *
- *   wine-terminal [--pidfile FILE] [--tcp-file FILE] [--idle-exit SECONDS] LINK...
+ *   wine-terminal [--pidfile FILE] [--tcp-file FILE] [--idle-exit SECONDS]
+ *                 [--sim PROGRAM --sim-file FILE --dosdevices DIR] LINK...
  *
  * Serial: for every LINK it creates a pseudo-terminal pair and makes LINK a symbolic
  * link to the slave side (for example <prefix>/dosdevices/com5 -> /dev/pts/3, which
  * Wine opens for \\.\COM5). TCP: with --tcp-file it also listens on an ephemeral
  * loopback port and writes "127.0.0.1 PORT" to FILE. Being another process, it lets
  * a Windows test talk TCP without starting Windows Sockets for a peer of its own.
+ *
+ * Simulator: with --sim PROGRAM --sim-file FILE it also listens on a second loopback
+ * port (written to FILE as "127.0.0.1 PORT") and starts a fresh simulated terminal
+ * (PROGRAM, the Linux kvn-sim) for every connection there. The client sends one line
+ * of extra kvn-sim options (often empty) and reads one line back: "ok 127.0.0.1:PORT",
+ * or with --serial among the options "ok COMn" (the simulator's pseudo-terminal,
+ * linked as COMn in the directory given by --dosdevices), or "error TEXT". The
+ * simulator runs until the client closes that connection.
  *
  * It then goes to the background and answers every request frame that arrives:
  *
@@ -39,11 +48,13 @@
 #include <stdlib.h>
 #include <string.h>
 #include <sys/socket.h>
+#include <sys/types.h>
+#include <sys/wait.h>
 #include <termios.h>
 #include <time.h>
 #include <unistd.h>
 
-enum { MAX_LINKS = 4, MAX_STREAMS = 16, MAX_FRAME = 70000, MAX_OUT = 32 };
+enum { MAX_LINKS = 4, MAX_STREAMS = 16, MAX_FRAME = 70000, MAX_OUT = 32, MAX_SIMS = 8, FIRST_SIM_COM = 20 };
 
 struct chunk {
     uint8_t *data;
@@ -60,6 +71,18 @@ struct stream {
     size_t out_count;
 };
 
+/* One simulator started for a client of the launcher port. */
+struct sim {
+    int control;  /* the client's connection; -1: free slot */
+    pid_t pid;    /* 0: not started yet */
+    int output;   /* the simulator's standard output, drained */
+    char line[512];
+    size_t line_len;
+    char link[600]; /* COMn link for a serial simulator, or "" */
+};
+
+static struct sim sims[MAX_SIMS];
+static const char *sim_program, *dosdevices;
 static const char *links[MAX_LINKS];
 static size_t link_count;
 static struct stream streams[MAX_STREAMS];
@@ -233,11 +256,11 @@ static int flush_due(struct stream *st) {
 }
 
 static int open_pty(struct stream *st, const char *link) {
-    st->fd = posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK);
+    st->fd = posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
     if (st->fd < 0 || grantpt(st->fd) != 0 || unlockpt(st->fd) != 0) return -1;
     const char *name = ptsname(st->fd);
     if (name == NULL) return -1;
-    st->slave = open(name, O_RDWR | O_NOCTTY);
+    st->slave = open(name, O_RDWR | O_NOCTTY | O_CLOEXEC);
     if (st->slave < 0) return -1;
     struct termios t;
     if (tcgetattr(st->slave, &t) != 0) return -1;
@@ -277,12 +300,131 @@ static int open_listener(const char *tcp_file) {
     return fd;
 }
 
+static void end_sim(struct sim *sm) {
+    if (sm->pid > 0) {
+        kill(sm->pid, SIGTERM);
+        for (int i = 0; i < 200 && waitpid(sm->pid, NULL, WNOHANG) == 0; ++i) usleep(10000);
+        if (waitpid(sm->pid, NULL, WNOHANG) == 0) {
+            kill(sm->pid, SIGKILL);
+            waitpid(sm->pid, NULL, 0);
+        }
+    }
+    if (sm->link[0] != '\0') unlink(sm->link);
+    if (sm->output >= 0) close(sm->output);
+    if (sm->control >= 0) close(sm->control);
+    memset(sm, 0, sizeof *sm);
+    sm->control = sm->output = -1;
+}
+
+static void reply(struct sim *sm, const char *text) {
+    const size_t n = strlen(text);
+    if (send(sm->control, text, n, MSG_NOSIGNAL) != (ssize_t)n) {
+        /* the client is gone; the next read of its connection ends the simulator */
+    }
+}
+
+/* Starts the simulator with the options in sm->line and answers the client. */
+static void launch(struct sim *sm, size_t slot) {
+    char *argv[40];
+    int argc = 0;
+    argv[argc++] = (char *)sim_program;
+    argv[argc++] = "--listen";
+    argv[argc++] = "127.0.0.1:0";
+    int serial = 0;
+    for (char *tok = strtok(sm->line, " \t\r"); tok != NULL && argc < 39; tok = strtok(NULL, " \t\r")) {
+        if (strcmp(tok, "--serial") == 0) serial = 1;
+        argv[argc++] = tok;
+    }
+    argv[argc] = NULL;
+    if (serial && dosdevices == NULL) {
+        reply(sm, "error no --dosdevices for a serial simulator\n");
+        return;
+    }
+    int out[2];
+    if (pipe2(out, O_CLOEXEC) != 0) {
+        reply(sm, "error pipe\n");
+        return;
+    }
+    const pid_t pid = fork();
+    if (pid < 0) {
+        close(out[0]);
+        close(out[1]);
+        reply(sm, "error fork\n");
+        return;
+    }
+    if (pid == 0) {
+        dup2(out[1], 1);
+        dup2(out[1], 2);
+        close(out[0]);
+        close(out[1]);
+        execv(sim_program, argv);
+        fprintf(stderr, "cannot start %s: %s\n", sim_program, strerror(errno));
+        _exit(127);
+    }
+    close(out[1]);
+    sm->pid = pid;
+    sm->output = out[0];
+
+    /* The first line it prints is its address (or pseudo-terminal), or what went wrong. */
+    char first[256];
+    size_t len = 0;
+    const int64_t deadline = now_ms() + 10000;
+    while (len < sizeof first - 1 && (len == 0 || first[len - 1] != '\n')) {
+        struct pollfd p = {sm->output, POLLIN, 0};
+        const int64_t left = deadline - now_ms();
+        if (left <= 0 || poll(&p, 1, (int)left) <= 0) break;
+        const ssize_t r = read(sm->output, first + len, sizeof first - 1 - len);
+        if (r <= 0) break;
+        len += (size_t)r;
+    }
+    first[len] = '\0';
+    first[strcspn(first, "\r\n")] = '\0';
+    fcntl(sm->output, F_SETFL, O_NONBLOCK);
+
+    char answer[700];
+    if (!serial && strncmp(first, "127.0.0.1:", 10) == 0) {
+        snprintf(answer, sizeof answer, "ok %s\n", first);
+    } else if (serial && first[0] == '/') {
+        const unsigned com = FIRST_SIM_COM + (unsigned)slot;
+        snprintf(sm->link, sizeof sm->link, "%s/com%u", dosdevices, com);
+        unlink(sm->link);
+        if (symlink(first, sm->link) == 0) {
+            snprintf(answer, sizeof answer, "ok COM%u\n", com);
+        } else {
+            sm->link[0] = '\0';
+            snprintf(answer, sizeof answer, "error cannot link COM%u: %s\n", com, strerror(errno));
+        }
+    } else {
+        snprintf(answer, sizeof answer, "error %s\n", len ? first : "the simulator printed nothing");
+    }
+    reply(sm, answer);
+}
+
+/* Reads from a launcher client: its option line, then only the end of the connection. */
+static void serve_launch(struct sim *sm, size_t slot) {
+    char buf[256];
+    const ssize_t r = read(sm->control, buf, sizeof buf);
+    if (r == 0 || (r < 0 && errno != EAGAIN && errno != EINTR)) {
+        end_sim(sm);
+        return;
+    }
+    if (r < 0 || sm->pid != 0) return;
+    for (ssize_t i = 0; i < r; ++i) {
+        if (buf[i] == '\n') {
+            sm->line[sm->line_len] = '\0';
+            launch(sm, slot);
+            return;
+        }
+        if (sm->line_len < sizeof sm->line - 1) sm->line[sm->line_len++] = buf[i];
+    }
+}
+
 static void remove_links(void) {
     for (size_t i = 0; i < link_count; ++i) unlink(links[i]);
 }
 
 int main(int argc, char **argv) {
-    const char *pidfile = NULL, *tcp_file = NULL;
+    const char *pidfile = NULL, *tcp_file = NULL, *sim_file = NULL;
     int idle_exit_s = 900;
     int i = 1;
     for (; i < argc; ++i) {
@@ -290,19 +432,28 @@ int main(int argc, char **argv) {
             pidfile = argv[++i];
         } else if (strcmp(argv[i], "--tcp-file") == 0 && i + 1 < argc) {
             tcp_file = argv[++i];
+        } else if (strcmp(argv[i], "--sim") == 0 && i + 1 < argc) {
+            sim_program = argv[++i];
+        } else if (strcmp(argv[i], "--sim-file") == 0 && i + 1 < argc) {
+            sim_file = argv[++i];
+        } else if (strcmp(argv[i], "--dosdevices") == 0 && i + 1 < argc) {
+            dosdevices = argv[++i];
         } else if (strcmp(argv[i], "--idle-exit") == 0 && i + 1 < argc) {
             idle_exit_s = atoi(argv[++i]);
         } else {
             break;
         }
     }
-    if (argc - i > MAX_LINKS || (i >= argc && tcp_file == NULL)) {
-        fprintf(stderr, "usage: wine-terminal [--pidfile FILE] [--tcp-file FILE] [--idle-exit SECONDS] LINK... (at most %d)\n",
+    if (argc - i > MAX_LINKS || (i >= argc && tcp_file == NULL) || (sim_program == NULL) != (sim_file == NULL)) {
+        fprintf(stderr,
+                "usage: wine-terminal [--pidfile FILE] [--tcp-file FILE] [--idle-exit SECONDS]\n"
+                "                     [--sim PROGRAM --sim-file FILE --dosdevices DIR] LINK... (at most %d)\n",
                 MAX_LINKS);
         return 2;
     }
     for (; i < argc; ++i) links[link_count++] = argv[i];
     for (size_t s = 0; s < MAX_STREAMS; ++s) streams[s].fd = streams[s].slave = -1;
+    for (size_t m = 0; m < MAX_SIMS; ++m) sims[m].control = sims[m].output = -1;
 
     /* The parent returns once everything is in place (or setting up failed). */
     int ready[2];
@@ -324,7 +475,8 @@ int main(int argc, char **argv) {
         }
     }
     const int listener = tcp_file != NULL ? open_listener(tcp_file) : -1;
-    if (tcp_file != NULL && listener < 0) {
+    const int sim_listener = sim_file != NULL ? open_listener(sim_file) : -1;
+    if ((tcp_file != NULL && listener < 0) || (sim_file != NULL && sim_listener < 0)) {
         fprintf(stderr, "wine-terminal: cannot listen on loopback: %s\n", strerror(errno));
         remove_links();
         return 1;
@@ -357,8 +509,9 @@ int main(int argc, char **argv) {
 
     int64_t last_activity = now_ms();
     while (!stop_requested) {
-        struct pollfd fds[MAX_STREAMS + 1];
-        size_t owner[MAX_STREAMS + 1];
+        enum { LISTENER = MAX_STREAMS, SIM_LISTENER, SIM_CONTROL = 1000, SIM_OUTPUT = 2000 };
+        struct pollfd fds[MAX_STREAMS + 2 + 2 * MAX_SIMS];
+        size_t owner[MAX_STREAMS + 2 + 2 * MAX_SIMS];
         nfds_t count = 0;
         int timeout = 1000;
         for (size_t s = 0; s < MAX_STREAMS; ++s) {
@@ -375,14 +528,59 @@ int main(int argc, char **argv) {
             fds[count].fd = listener;
             fds[count].events = POLLIN;
             fds[count].revents = 0;
-            owner[count++] = MAX_STREAMS;
+            owner[count++] = LISTENER;
+        }
+        if (sim_listener >= 0) {
+            fds[count].fd = sim_listener;
+            fds[count].events = POLLIN;
+            fds[count].revents = 0;
+            owner[count++] = SIM_LISTENER;
+        }
+        for (size_t m = 0; m < MAX_SIMS; ++m) {
+            if (sims[m].control < 0) continue;
+            fds[count].fd = sims[m].control;
+            fds[count].events = POLLIN;
+            fds[count].revents = 0;
+            owner[count++] = SIM_CONTROL + m;
+            if (sims[m].output >= 0) {
+                fds[count].fd = sims[m].output;
+                fds[count].events = POLLIN;
+                fds[count].revents = 0;
+                owner[count++] = SIM_OUTPUT + m;
+            }
         }
         const int r = poll(fds, count, timeout);
         if (r < 0 && errno != EINTR) break;
         for (nfds_t k = 0; r > 0 && k < count; ++k) {
             if (!(fds[k].revents & (POLLIN | POLLHUP | POLLERR))) continue;
+            if (owner[k] >= SIM_OUTPUT) { /* whatever a simulator prints after its address is dropped */
+                struct sim *sm = &sims[owner[k] - SIM_OUTPUT];
+                char sink[4096];
+                if (sm->output >= 0 && read(sm->output, sink, sizeof sink) == 0) {
+                    close(sm->output);
+                    sm->output = -1;
+                }
+                continue;
+            }
             last_activity = now_ms();
-            if (owner[k] == MAX_STREAMS) {
+            if (owner[k] >= SIM_CONTROL) {
+                if (sims[owner[k] - SIM_CONTROL].control >= 0)
+                    serve_launch(&sims[owner[k] - SIM_CONTROL], owner[k] - SIM_CONTROL);
+                continue;
+            }
+            if (owner[k] == SIM_LISTENER) {
+                const int c = accept4(sim_listener, NULL, NULL, SOCK_NONBLOCK | SOCK_CLOEXEC);
+                if (c < 0) continue;
+                size_t m = 0;
+                while (m < MAX_SIMS && sims[m].control >= 0) ++m;
+                if (m == MAX_SIMS) {
+                    close(c);
+                    continue;
+                }
+                sims[m].control = c;
+                continue;
+            }
+            if (owner[k] == LISTENER) {
                 const int c = accept4(listener, NULL, NULL, SOCK_NONBLOCK | SOCK_CLOEXEC);
                 if (c < 0) continue;
                 size_t s = link_count;
@@ -410,8 +608,11 @@ int main(int argc, char **argv) {
         }
         if (idle_exit_s > 0 && now_ms() - last_activity > (int64_t)idle_exit_s * 1000) break;
     }
+    for (size_t m = 0; m < MAX_SIMS; ++m)
+        if (sims[m].control >= 0) end_sim(&sims[m]);
     remove_links();
     if (pidfile != NULL) unlink(pidfile);
     if (tcp_file != NULL) unlink(tcp_file);
+    if (sim_file != NULL) unlink(sim_file);
     return 0;
 }

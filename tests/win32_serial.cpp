@@ -1,5 +1,6 @@
 // The Win32 serial transport against a real communication port: under Wine, a
 // pseudo-terminal whose Linux side answers request frames (see win32_terminal.h).
+#include <winsock2.h>
 #include <windows.h>
 
 #include <gtest/gtest.h>
