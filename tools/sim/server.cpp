@@ -253,8 +253,26 @@ struct Simulator::Impl {
     Faults faults;
     std::atomic<uint64_t> requests{0}, accepted{0};
 
-    // Serves one link until it ends; returns when the connection is to be closed.
+    // Waits, but not past a stop.
+    void pause_for(uint32_t ms) {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(ms);
+        while (running.load() && std::chrono::steady_clock::now() < end) {
+            std::this_thread::sleep_for(std::min<std::chrono::steady_clock::duration>(
+                end - std::chrono::steady_clock::now(), std::chrono::milliseconds(10)));
+        }
+    }
+
+    // Serves one link until it ends or fails (a failure, such as memory running
+    // out, ends that link only).
     void serve(int fd, bool tty, Faults f) {
+        try {
+            serve_frames(fd, tty, f);
+        } catch (const std::exception&) {
+        }
+    }
+
+    // Serves one link until it ends; returns when the connection is to be closed.
+    void serve_frames(int fd, bool tty, Faults f) {
         Reader in(fd, tty, wake[0]);
         Session session;
         uint8_t head[28];
@@ -308,7 +326,7 @@ struct Simulator::Impl {
                 if (!tty) return;
                 continue;
             }
-            if (f.latency_ms) std::this_thread::sleep_for(std::chrono::milliseconds(f.latency_ms));
+            if (f.latency_ms) pause_for(f.latency_ms);
             if (f.no_answer) continue;
 
             const uint32_t len = uint32_t(reply.payload.size());
