@@ -35,8 +35,7 @@ std::wstring port_name(Port which) {
     const std::wstring var = port_name(which);      \
     if (var.empty()) KVN_SKIP_WITHOUT_TERMINAL()
 
-// Whether `h` is an open handle of this process. The library stores the handle in
-// the record before querying the port, so a failed open still names it.
+// Whether `h` is an open handle of this process.
 bool handle_open(kvn_handle_t h) {
     DWORD flags = 0;
     return h != INVALID_HANDLE_VALUE && h != nullptr && GetHandleInformation(h, &flags);
@@ -160,9 +159,23 @@ TEST(Win32Serial, OpenFailuresReturnMinusFiveAndLeaveNoHandle) {
         {L"", "empty name"},
     };
     for (const Case& k : cases) {
+        // Handle slots are reused lowest (Wine) or last (Windows) freed first: a slot
+        // freed just before the open is the one its CreateFileW takes, and it must be
+        // free again afterwards.
+        const HANDLE probe = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+        ASSERT_NE(probe, nullptr);
+        CloseHandle(probe);
         kvn_device_conn c = serial_conn(k.name, 9600);
         EXPECT_EQ(kvn_open_device_conn(&c), -5) << k.why;
         EXPECT_FALSE(handle_open(c.link.serial_handle)) << k.why;
+        const HANDLE next = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+        EXPECT_EQ(next, probe) << k.why << ": the failed open kept a handle";
+        CloseHandle(next);
+        // Closing after a failed open is harmless: nothing of anyone else's is closed.
+        const HANDLE bystander = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+        EXPECT_EQ(kvn_close_device_conn(&c), 0);
+        EXPECT_TRUE(handle_open(bystander)) << k.why << ": closing the failed connection closed another handle";
+        CloseHandle(bystander);
     }
     kvn_device_conn c = serial_conn(served, 9600);
     c.serial_port = nullptr;

@@ -23,8 +23,12 @@ int32_t serial_open(kvn_device_conn* conn) noexcept {
     DCB dcb;
     ZeroMemory(&dcb, sizeof dcb);
     dcb.DCBlength = sizeof dcb;
+    // On the failure paths below the handle is closed, and the record forgets it: a
+    // caller that closes the connection after a failed open must not close the same
+    // handle value again, which by then may belong to something else.
     if (!::GetCommState(h, &dcb)) {
         ::CloseHandle(h);
+        conn->link.serial_handle = INVALID_HANDLE_VALUE;
         return KVN_E_CONNECTION_FAILED;
     }
     dcb.BaudRate = conn->baud_rate;
@@ -35,6 +39,7 @@ int32_t serial_open(kvn_device_conn* conn) noexcept {
     // that cannot be opened or queried (-5).
     if (!::SetCommState(h, &dcb)) {
         ::CloseHandle(h);
+        conn->link.serial_handle = INVALID_HANDLE_VALUE;
         return KVN_E_WRITE_TIMEOUT;
     }
     COMMTIMEOUTS timeouts;
@@ -44,7 +49,8 @@ int32_t serial_open(kvn_device_conn* conn) noexcept {
 }
 
 int32_t serial_close(kvn_device_conn* conn) noexcept {
-    ::CloseHandle(conn->link.serial_handle);
+    const HANDLE h = conn->link.serial_handle;
+    if (h != INVALID_HANDLE_VALUE && h != nullptr) ::CloseHandle(h);
     return 0;
 }
 
