@@ -5,9 +5,9 @@
 // tests written against the in-process simulator thus run unchanged on both builds.
 //
 // What a remote simulator cannot do is refused loudly rather than ignored: a state
-// directory (it would be a Linux path), and changing faults or presenting a finger
-// or a card after start (kvn-sim takes those on its command line only). Tests that
-// need them stay Linux-only.
+// directory (it would be a Linux path), a prefilled journal, and changing faults or
+// presenting a finger or a card after start (kvn-sim takes those on its command line
+// only). Tests that need them stay Linux-only.
 #if KVN_REMOTE_SIM
 
 #include <gtest/gtest.h>
@@ -33,7 +33,6 @@ std::string command_line(const Options& o, const std::vector<uint8_t>& card) {
     std::string args;
     auto add = [&](const std::string& a) { args += (args.empty() ? "" : " ") + a; };
     if (o.serial) add("--serial");
-    if (o.prefill_logs != 0) add("--seed-logs " + std::to_string(o.prefill_logs));
     const Faults& f = o.faults;
     if (f.latency_ms != 0) add("--latency-ms " + std::to_string(f.latency_ms));
     if (f.no_answer) add("--no-answer");
@@ -66,8 +65,8 @@ Simulator::~Simulator() { stop(); }
 
 bool Simulator::start(std::string* error) {
     stop();
-    if (!impl_->options.state_dir.empty()) {
-        if (error != nullptr) *error = "a state directory needs the in-process simulator";
+    if (!impl_->options.state_dir.empty() || impl_->options.prefill_logs != 0) {
+        if (error != nullptr) *error = "a state directory or a prefilled journal needs the in-process simulator";
         return false;
     }
     auto remote = std::make_unique<kvntest::RemoteSimulator>(command_line(impl_->options, impl_->card));
