@@ -112,6 +112,9 @@ TEST(SerialLink, OpenFailures) {
     for (const Case& k : cases) {
         kvn_device_conn c = serial_conn(k.name, k.baud);
         EXPECT_EQ(kvn_open_device_conn(&c), k.rc) << std::string(k.name.begin(), k.name.end());
+        // Nothing stays open, and the record keeps no descriptor a later open could reuse.
+        EXPECT_EQ(c.link.serial_handle, -1) << std::string(k.name.begin(), k.name.end());
+        EXPECT_EQ(kvn_close_device_conn(&c), 0);
     }
     kvn_device_conn c = serial_conn(pty.name, 9600);
     c.serial_port = nullptr;

@@ -1,6 +1,6 @@
 // kvn-sim: a simulated terminal on a TCP port or a pseudo-terminal.
 //
-//   kvn-sim [--listen ADDRESS:PORT] [--state DIR] [--serial] [--seed-logs N]
+//   kvn-sim [--listen ADDRESS:PORT] [--state DIR] [--serial] [--prefill-logs N]
 //           [--latency-ms N] [--no-answer] [--close-after N] [--bad-sync]
 //           [--bad-crc] [--byte-by-byte] [--card HEX] [--quiet]
 //
@@ -27,7 +27,7 @@ void usage(FILE* out) {
                  "  --listen ADDRESS:PORT  TCP address to serve (default 127.0.0.1:5005; port 0 picks one)\n"
                  "  --state DIR            keep the terminal's state under DIR across restarts\n"
                  "  --serial               serve a pseudo-terminal instead of TCP and print its path\n"
-                 "  --seed-logs N          a new transaction journal starts with N entries\n"
+                 "  --prefill-logs N       a new transaction journal starts with N entries (also --seed-logs N)\n"
                  "  --card HEX             a card with this serial is held to the reader\n"
                  "faults, applied to every connection:\n"
                  "  --latency-ms N         wait N ms before each answer\n"
@@ -69,8 +69,8 @@ int main(int argc, char** argv) {
             opt.state_dir = value();
         } else if (a == "--serial") {
             opt.serial = true;
-        } else if (a == "--seed-logs") {
-            if (!number(value(), 10'000'000, &n)) return std::fprintf(stderr, "kvn-sim: bad --seed-logs\n"), 2;
+        } else if (a == "--prefill-logs" || a == "--seed-logs") {
+            if (!number(value(), 10'000'000, &n)) return std::fprintf(stderr, "kvn-sim: bad %s\n", a.c_str()), 2;
             opt.prefill_logs = uint32_t(n);
         } else if (a == "--latency-ms") {
             if (!number(value(), 3'600'000, &n)) return std::fprintf(stderr, "kvn-sim: bad --latency-ms\n"), 2;

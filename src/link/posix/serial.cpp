@@ -87,6 +87,14 @@ bool to_path(const wchar_t* name, char* out, size_t size) noexcept {
     return n > 0;
 }
 
+// Closes a port that failed to open fully; the record must not keep a descriptor
+// that the system may hand out again.
+int32_t fail_open(kvn_device_conn* conn, int fd, int32_t rc) noexcept {
+    ::close(fd);
+    conn->link.serial_handle = -1;
+    return rc;
+}
+
 int32_t serial_open(kvn_device_conn* conn) noexcept {
     char path[1024];
     conn->link.serial_handle = -1;
@@ -101,31 +109,24 @@ int32_t serial_open(kvn_device_conn* conn) noexcept {
     if (fd < 0) return KVN_E_CONNECTION_FAILED;
 
     termios tio;
-    if (::tcgetattr(fd, &tio) != 0) {
-        ::close(fd);
-        return KVN_E_CONNECTION_FAILED;
-    }
+    if (::tcgetattr(fd, &tio) != 0) return fail_open(conn, fd, KVN_E_CONNECTION_FAILED);
     // A configuration the port refuses is a write failure (-3), unlike a port
     // that cannot be opened or queried (-5).
     speed_t speed;
-    if (!baud_code(conn->baud_rate, &speed)) {
-        ::close(fd);
-        return KVN_E_WRITE_TIMEOUT;
-    }
+    if (!baud_code(conn->baud_rate, &speed)) return fail_open(conn, fd, KVN_E_WRITE_TIMEOUT);
     ::cfmakeraw(&tio);
     tio.c_cflag &= ~static_cast<tcflag_t>(CSIZE | PARENB | CSTOPB);
     tio.c_cflag |= CS8 | CLOCAL | CREAD;
     tio.c_cc[VMIN] = 1;
     tio.c_cc[VTIME] = 0;
     if (::cfsetispeed(&tio, speed) != 0 || ::cfsetospeed(&tio, speed) != 0 || ::tcsetattr(fd, TCSANOW, &tio) != 0) {
-        ::close(fd);
-        return KVN_E_WRITE_TIMEOUT;
+        return fail_open(conn, fd, KVN_E_WRITE_TIMEOUT);
     }
     return 0;
 }
 
 int32_t serial_close(kvn_device_conn* conn) noexcept {
-    ::close(conn->link.serial_handle);
+    if (conn->link.serial_handle >= 0) ::close(conn->link.serial_handle);
     return 0;
 }
 
