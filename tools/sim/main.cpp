@@ -27,7 +27,7 @@ void usage(FILE* out) {
                  "  --listen ADDRESS:PORT  TCP address to serve (default 127.0.0.1:5005; port 0 picks one)\n"
                  "  --state DIR            keep the terminal's state under DIR across restarts\n"
                  "  --serial               serve a pseudo-terminal instead of TCP and print its path\n"
-                 "  --prefill-logs N       a new transaction journal starts with N entries (also --seed-logs N)\n"
+                 "  --prefill-logs N       a new transaction journal starts with N entries\n"
                  "  --card HEX             a card with this serial is held to the reader\n"
                  "faults, applied to every connection:\n"
                  "  --latency-ms N         wait N ms before each answer\n"
@@ -69,7 +69,7 @@ int main(int argc, char** argv) {
             opt.state_dir = value();
         } else if (a == "--serial") {
             opt.serial = true;
-        } else if (a == "--prefill-logs" || a == "--seed-logs") {
+        } else if (a == "--prefill-logs") {
             if (!number(value(), 10'000'000, &n)) return std::fprintf(stderr, "kvn-sim: bad %s\n", a.c_str()), 2;
             opt.prefill_logs = uint32_t(n);
         } else if (a == "--latency-ms") {
