@@ -446,38 +446,11 @@ Reply Terminal::maintenance(Session&, const Request& rq) {
         }
         case 802:  // the stop request carries a buffer the terminal does not read
             return Reply{};
-        case 803: {
-            Out o;
-            const char* builtin[][2] = {{"beep.wav", "Short beep"}, {"granted.wav", "Access granted"},
-                                        {"denied.wav", "Access denied"}};
-            for (auto& b : builtin) {
-                o.text(11, b[0]);
-                o.text(12, b[1]);
-            }
-            for (const auto& [key, data] : files_)
-                if (key.first == 5) {
-                    o.text(11, key.second.substr(0, 50));
-                    o.text(12, "Uploaded");
-                }
-            Reply r;
-            r.payload = std::move(o.bytes);
-            return r;
-        }
-        case 140: {
-            Out o;
-            for (const char* name : {"logo.png", "welcome.png"}) {
-                o.text(1, name);
-                o.text(2, "Built in");
-            }
-            for (const auto& [key, data] : files_)
-                if (key.first == 4) {
-                    o.text(1, key.second.substr(0, 50));
-                    o.text(2, "Uploaded");
-                }
-            Reply r;
-            r.payload = std::move(o.bytes);
-            return r;
-        }
+        case 803:
+            return media_list(11, 12, {{"beep.wav", "Short beep"}, {"granted.wav", "Access granted"},
+                                       {"denied.wav", "Access denied"}}, 5);
+        case 140:
+            return media_list(1, 2, {{"logo.png", "Built in"}, {"welcome.png", "Built in"}}, 4);
         case 205: {
             static const std::vector<Field> fields = {Field{3, Kind::text, 255}};
             std::vector<Node> in;
@@ -721,6 +694,24 @@ Reply Terminal::schedules(const Request& rq) {
         }
     }
     return settings(rq);
+}
+
+Reply Terminal::media_list(uint8_t name_tag, uint8_t text_tag,
+                           std::initializer_list<std::pair<const char*, const char*>> builtin,
+                           uint32_t file_type) const {
+    Out o;
+    for (const auto& [name, text] : builtin) {
+        o.text(name_tag, name);
+        o.text(text_tag, text);
+    }
+    for (const auto& [key, data] : files_)
+        if (key.first == file_type) {
+            o.text(name_tag, key.second.substr(0, 50));
+            o.text(text_tag, "Uploaded");
+        }
+    Reply r;
+    r.payload = std::move(o.bytes);
+    return r;
 }
 
 }  // namespace kvnsim

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -123,6 +124,9 @@ public:
 private:
     // Families, each answering under the lock.
     Reply settings(const Request& rq);
+    // The built-in entries of a media list, then the uploaded files of one file type.
+    Reply media_list(uint8_t name_tag, uint8_t text_tag,
+                     std::initializer_list<std::pair<const char*, const char*>> builtin, uint32_t file_type) const;
     Reply dac(const Request& rq);
     Reply clock(const Request& rq);
     Reply device_info(const Request& rq);
@@ -158,6 +162,7 @@ private:
 
     // Users.
     int32_t parse_user(const uint8_t* p, size_t n, User* out) const;
+    Bytes user_record(const User& u, bool answer) const;
     Bytes encode_user(const User& u) const;
     void save_user(const User& u);
     void save_user_groups();

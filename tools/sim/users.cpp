@@ -149,13 +149,13 @@ int32_t Terminal::parse_user(const uint8_t* p, size_t n, User* out) const {
     return have_id ? 0 : KVN_E_INVALID_USERRECORD_ID;
 }
 
-// The record as a get answers it: attributes 29 and 32 are kept by the terminal
-// but never sent back.
-Bytes Terminal::encode_user(const User& u) const {
+// The record with its templates and values. A get's answer leaves out attributes
+// 29 and 32, which the terminal keeps but never sends back; the stored copy has all.
+Bytes Terminal::user_record(const User& u, bool answer) const {
     Out o;
     const size_t outer = o.open();
     for (const Node& n : u.fields)
-        if (n.tag != 29 && n.tag != 32) o.node(n);
+        if (!answer || (n.tag != 29 && n.tag != 32)) o.node(n);
     for (const User::Template& t : u.templates) {
         const size_t at = o.open();
         o.u8(7, t.finger);
@@ -174,27 +174,9 @@ Bytes Terminal::encode_user(const User& u) const {
     return std::move(o.bytes);
 }
 
-void Terminal::save_user(const User& u) {
-    Out o;
-    const size_t outer = o.open();
-    o.nodes(u.fields);
-    for (const User::Template& t : u.templates) {
-        const size_t at = o.open();
-        o.u8(7, t.finger);
-        o.u8(15, t.a15);
-        o.u8(21, t.a21);
-        o.u8(17, t.a17);
-        o.element(23, t.data);
-        o.close(at, 22);
-    }
-    for (uint32_t v : u.values) {
-        const size_t at = o.open();
-        o.u32(35, v);
-        o.close(at, 34);
-    }
-    o.close(outer, 1);
-    store_.put("users/" + hex(u.id), o.bytes);
-}
+Bytes Terminal::encode_user(const User& u) const { return user_record(u, true); }
+
+void Terminal::save_user(const User& u) { store_.put("users/" + hex(u.id), user_record(u, false)); }
 
 void Terminal::save_user_groups() {
     Out o;
