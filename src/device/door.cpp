@@ -2,33 +2,33 @@
 // door actions. This family works in 1024-byte buffers and reads the answer to a
 // set with the length just sent as its capacity.
 #include "kvnsdk2.h"
+#include "link/commands.h"
 #include "settings/command.h"
-#include "settings/fields.h"
 
 namespace kvn {
 namespace {
 
-constexpr uint32_t kDoor = 115;
-constexpr uint32_t kDoorBuffer = 1024;
+using namespace row;
 
-#define DAC(member, tag) KVN_FIELD(kvn_dac_setting, member, tag, u32)
-// As a set sends it: the door open time (tag 8) never goes out.
-constexpr Field kDacWrite[] = {
-    KVN_FIELD(kvn_dac_setting, dac_value_1, 1, u8),
-    DAC(dac_value_2, 2), DAC(dac_value_3, 3), DAC(dac_value_4, 4), DAC(dac_value_10, 10), DAC(dac_value_11, 11),
-    DAC(dac_value_12, 12), DAC(dac_value_13, 13), DAC(dac_value_14, 14), DAC(dac_value_6, 6), DAC(dac_value_16, 16),
-};
-// As a get stores it: tag 8 reports the open time the terminal holds.
-constexpr Field kDacRead[] = {
-    KVN_FIELD(kvn_dac_setting, dac_value_1, 1, u8),
-    DAC(dac_value_2, 2), DAC(dac_value_3, 3), DAC(dac_value_4, 4), DAC(dac_value_10, 10), DAC(dac_value_11, 11),
-    DAC(dac_value_12, 12), DAC(dac_value_13, 13), DAC(dac_value_14, 14), DAC(dac_value_6, 6),
-    DAC(door_open_time, 8), DAC(dac_value_16, 16),
+#define DAC(n, member) u32(n, KVN_MEMBER(kvn_dac_setting, member))
+// Tag 8 reports the open time the terminal holds; a set never sends it.
+constexpr Field kDac[] = {
+    u8(1, KVN_MEMBER(kvn_dac_setting, dac_value_1)),
+    DAC(2, dac_value_2), DAC(3, dac_value_3), DAC(4, dac_value_4), DAC(10, dac_value_10), DAC(11, dac_value_11),
+    DAC(12, dac_value_12), DAC(13, dac_value_13), DAC(14, dac_value_14), DAC(6, dac_value_6),
+    DAC(8, door_open_time).decode_only(), DAC(16, dac_value_16),
 };
 #undef DAC
 
-int32_t door_action(kvn_device_conn* conn, Encoder encode) noexcept {
-    return cmd::set<kDoorBuffer>(conn, kDoor, encode, Capacity::sent_length);
+int32_t door_action(kvn_device_conn* conn, uint32_t open_time, int32_t option, bool clear_alarm) noexcept {
+    return call<cmd::kSmallBuffer>(
+        conn, Request{id::door, KVN_REQ_SET, Capacity::sent_length},
+        [&](tlv::Writer& w) {
+            if (clear_alarm) return w.u32(15, 1);
+            w.u32(8, open_time);
+            w.i32(7, option);
+        },
+        status_only);
 }
 
 }  // namespace
@@ -39,23 +39,18 @@ using namespace kvn;
 extern "C" {
 
 KVN_API int32_t kvn_set_dac_settings(kvn_device_conn* conn, const kvn_dac_setting* setting) {
-    return cmd::set_record<kDoorBuffer>(conn, kDoor, kDacWrite, setting, Capacity::sent_length);
+    return cmd::set<cmd::kSmallBuffer>(conn, id::door, kDac, setting, Capacity::sent_length);
 }
 // An empty element is malformed in this family's answers.
 KVN_API int32_t kvn_get_dac_settings(kvn_device_conn* conn, kvn_dac_setting* setting) {
-    return cmd::get_record<kDoorBuffer>(conn, kDoor, kDacRead, setting, tlv::Empty::error);
+    return cmd::get<cmd::kSmallBuffer>(conn, id::door, kDac, setting, tlv::Empty::error);
 }
-KVN_API int32_t kvn_reset_dac_settings(kvn_device_conn* conn) { return cmd::reset(conn, kDoor); }
+KVN_API int32_t kvn_reset_dac_settings(kvn_device_conn* conn) { return cmd::reset(conn, id::door); }
 
 KVN_API int32_t kvn_open_door_for_time(kvn_device_conn* conn, uint32_t open_time, int32_t option) {
-    return door_action(conn, [&](tlv::Writer& w) {
-        w.u32(8, open_time);
-        w.i32(7, option);
-    });
+    return door_action(conn, open_time, option, false);
 }
-KVN_API int32_t kvn_close_door(kvn_device_conn* conn) { return kvn_open_door_for_time(conn, 0, 0); }
-KVN_API int32_t kvn_clear_door_force_open_alarm(kvn_device_conn* conn) {
-    return door_action(conn, [](tlv::Writer& w) { w.u32(15, 1); });
-}
+KVN_API int32_t kvn_close_door(kvn_device_conn* conn) { return door_action(conn, 0, 0, false); }
+KVN_API int32_t kvn_clear_door_force_open_alarm(kvn_device_conn* conn) { return door_action(conn, 0, 0, true); }
 
 }  // extern "C"

@@ -48,6 +48,35 @@ int32_t receive_response(kvn_device_conn* conn, uint8_t* buffer, uint32_t* lengt
     return 0;
 }
 
+int32_t send_frame(kvn_device_conn* conn, uint32_t request_word, uint32_t command_id, const ConstBuf* pieces,
+                   size_t count, uint32_t length) noexcept {
+    if (conn == nullptr) return KVN_E_WRITE_TIMEOUT;
+    if (length > KVN_MAX_REQUEST_PAYLOAD || count > kMaxPayloadPieces) return KVN_E_TLV_BUFFER_OVERFLOW;
+
+    uint8_t header[kRequestHeaderSize];
+    store_le32(header + 0, KVN_SYNC_WORD);
+    store_le32(header + 4, conn->header_id);
+    store_le32(header + 8, request_word);
+    store_le32(header + 12, 0);
+    store_le32(header + 16, command_id);
+    store_le32(header + 20, length);
+
+    uint32_t crc = crc32(0, header + 4, kRequestHeaderSize - 4);
+    for (size_t i = 0; i < count; ++i) crc = crc32(crc, pieces[i].data, pieces[i].size);
+    uint8_t trailer[4];
+    store_le32(trailer, crc);
+
+    // Header, payload pieces and CRC leave in one gather write, without a copy.
+    ConstBuf parts[kMaxPayloadPieces + 2];
+    size_t n = 0;
+    parts[n++] = {header, kRequestHeaderSize};
+    for (size_t i = 0; i < count; ++i) {
+        if (pieces[i].size != 0) parts[n++] = pieces[i];
+    }
+    parts[n++] = {trailer, 4};
+    return transport_for(&conn->link).send(&conn->link, parts, n);
+}
+
 }  // namespace kvn
 
 using namespace kvn;
@@ -57,30 +86,10 @@ extern "C" {
 KVN_API int32_t kvn_send_command(kvn_device_conn* conn, const uint32_t* request_word, uint32_t command_id,
                                  const uint8_t* payload, uint32_t payload_length) {
     if (conn == nullptr || request_word == nullptr) return KVN_E_WRITE_TIMEOUT;
-    if (payload_length > KVN_MAX_REQUEST_PAYLOAD) return KVN_E_TLV_BUFFER_OVERFLOW;
-
-    uint8_t header[kRequestHeaderSize];
-    store_le32(header + 0, KVN_SYNC_WORD);
-    store_le32(header + 4, conn->header_id);
-    store_le32(header + 8, *request_word);
-    store_le32(header + 12, 0);
-    store_le32(header + 16, command_id);
-    store_le32(header + 20, payload_length);
-
     // A null payload with a non-zero length announces N bytes that never follow.
+    const kvn::ConstBuf piece{payload, payload_length};
     const bool with_payload = payload != nullptr && payload_length != 0;
-    uint32_t crc = crc32(0, header + 4, kRequestHeaderSize - 4);
-    if (with_payload) crc = crc32(crc, payload, payload_length);
-    uint8_t trailer[4];
-    store_le32(trailer, crc);
-
-    // Header, payload and CRC leave in one gather write, without copying the payload.
-    kvn::ConstBuf parts[3];
-    size_t count = 0;
-    parts[count++] = {header, kRequestHeaderSize};
-    if (with_payload) parts[count++] = {payload, payload_length};
-    parts[count++] = {trailer, 4};
-    return kvn::transport_for(&conn->link).send(&conn->link, parts, count);
+    return kvn::send_frame(conn, *request_word, command_id, &piece, with_payload ? 1 : 0, payload_length);
 }
 
 KVN_API int32_t kvn_receive_response(kvn_device_conn* conn, uint8_t* buffer, uint32_t* length) {

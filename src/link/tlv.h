@@ -20,13 +20,38 @@ constexpr uint32_t length_size(uint32_t length) noexcept {
 
 // Writes elements into a caller's buffer. Every field is attempted; a field that
 // does not fit counts as -1 and the writer goes on with the next one, so the
-// result is the bitwise OR of the per-field results (0 or -1).
+// result is the bitwise OR of the per-field results (0 or -1, or -15 from an
+// address conversion).
+//
+// A value may also stay where the caller keeps it (`element_ref`): its tag and
+// length go into the buffer, the value itself joins the gather write at that
+// place (`pieces`), so large caller-owned data is never copied. The capacity
+// still counts those bytes, so the limits are those of a copying encoder.
 class Writer {
 public:
+    static constexpr size_t kMaxRefs = 4;
+
     Writer(uint8_t* buffer, uint32_t capacity) noexcept : start_(buffer), cur_(buffer), remaining_(capacity) {}
 
     // One element: tag, shortest length form, value.
     void element(uint8_t tag, const void* value, uint32_t length) noexcept { rc_ |= put(tag, value, length); }
+
+    // One element whose value is sent from where it lies; the caller keeps it
+    // alive and unchanged until the frame is sent.
+    void element_ref(uint8_t tag, const void* value, uint32_t length) noexcept {
+        if (length == 0 || refs_ == kMaxRefs) {
+            if (length != 0) rc_ |= -1;
+            else element(tag, value, 0);
+            return;
+        }
+        if (int32_t rc = put(tag, nullptr, 0, length); rc != 0) {
+            rc_ |= rc;
+            return;
+        }
+        ref_[refs_++] = Ref{static_cast<uint32_t>(cur_ - start_), static_cast<const uint8_t*>(value), length};
+        remaining_ -= length;
+        virtual_ += length;
+    }
 
     void u8(uint8_t tag, uint8_t v) noexcept { element(tag, &v, 1); }
     void u16(uint8_t tag, uint16_t v) noexcept {
@@ -59,20 +84,22 @@ public:
     // six bytes filled with the tag, 0x84 and the four-byte big-endian length.
     struct Mark {
         uint8_t* at;
+        uint32_t position;  // bytes of payload before the header
+        size_t refs;        // values by reference before the header
     };
     Mark open() noexcept {
         if (remaining_ < 6) {
             rc_ |= -1;
-            return Mark{nullptr};
+            return Mark{nullptr, 0, 0};
         }
-        Mark m{cur_};
+        Mark m{cur_, used(), refs_};
         cur_ += 6;
         remaining_ -= 6;
         return m;
     }
     void close(Mark m, uint8_t tag) noexcept {
         if (m.at == nullptr) return;
-        const uint32_t n = static_cast<uint32_t>(cur_ - (m.at + 6));
+        const uint32_t n = used() - (m.position + 6);
         m.at[0] = tag;
         m.at[1] = 0x84;
         m.at[2] = static_cast<uint8_t>(n >> 24);
@@ -80,11 +107,52 @@ public:
         m.at[4] = static_cast<uint8_t>(n >> 8);
         m.at[5] = static_cast<uint8_t>(n);
     }
+    // The same container with the shortest length form: the contents move down
+    // behind the shorter header. Contents with values by reference cannot move.
+    void close_short(Mark m, uint8_t tag) noexcept {
+        if (m.at == nullptr) return;
+        if (refs_ != m.refs) {
+            rc_ |= -1;
+            return;
+        }
+        const uint32_t n = static_cast<uint32_t>(cur_ - (m.at + 6));
+        const uint32_t ls = length_size(n);
+        const uint32_t saved = 5 - ls;
+        m.at[0] = tag;
+        uint8_t* p = m.at + 1;
+        if (ls == 1) {
+            *p = static_cast<uint8_t>(n);
+        } else {
+            p[0] = static_cast<uint8_t>(0x80 | (ls - 1));
+            for (uint32_t i = 1; i < ls; ++i) p[i] = static_cast<uint8_t>(n >> (8 * (ls - 1 - i)));
+        }
+        std::memmove(m.at + 1 + ls, m.at + 6, n);
+        cur_ -= saved;
+        remaining_ += saved;
+    }
 
-    void fail() noexcept { rc_ |= -1; }
+    void fail(int32_t rc = -1) noexcept { rc_ |= rc; }
     int32_t result() const noexcept { return rc_; }
-    uint32_t used() const noexcept { return static_cast<uint32_t>(cur_ - start_); }
+    // Payload bytes, values by reference included.
+    uint32_t used() const noexcept { return static_cast<uint32_t>(cur_ - start_) + virtual_; }
     uint32_t remaining() const noexcept { return remaining_; }
+    size_t refs() const noexcept { return refs_; }
+
+    // The payload as gather pieces in wire order (at most 2 * kMaxRefs + 1);
+    // returns how many were written.
+    template <class Piece>
+    size_t pieces(Piece* out) const noexcept {
+        size_t k = 0;
+        uint32_t from = 0;
+        for (size_t i = 0; i < refs_; ++i) {
+            if (ref_[i].at > from) out[k++] = Piece{start_ + from, ref_[i].at - from};
+            out[k++] = Piece{ref_[i].data, ref_[i].size};
+            from = ref_[i].at;
+        }
+        const uint32_t end = static_cast<uint32_t>(cur_ - start_);
+        if (end > from) out[k++] = Piece{start_ + from, end - from};
+        return k;
+    }
 
     static size_t bounded_length(const char* s, size_t capacity) noexcept {
         if (s == nullptr) return 0;
@@ -93,14 +161,22 @@ public:
     }
 
 private:
-    int32_t put(uint8_t tag, const void* value, uint32_t length) noexcept {
+    struct Ref {
+        uint32_t at;  // buffer offset the value follows
+        const uint8_t* data;
+        uint32_t size;
+    };
+
+    // Tag, length and (unless `deferred` bytes follow by reference) the value.
+    int32_t put(uint8_t tag, const void* value, uint32_t length, uint32_t deferred = 0) noexcept {
         if (remaining_ == 0) return -1;
         *cur_++ = tag;
         --remaining_;
-        const uint32_t ls = length_size(length);
+        const uint32_t announced = deferred != 0 ? deferred : length;
+        const uint32_t ls = length_size(announced);
         if (remaining_ < ls) return -1;
-        put_length(length, ls);
-        if (remaining_ < length) return -1;
+        put_length(announced, ls);
+        if (remaining_ < announced) return -1;
         if (length != 0) std::memcpy(cur_, value, length);
         cur_ += length;
         remaining_ -= length;
@@ -120,6 +196,9 @@ private:
     uint8_t* start_;
     uint8_t* cur_;
     uint32_t remaining_;
+    uint32_t virtual_ = 0;  // bytes sent by reference
+    Ref ref_[kMaxRefs];
+    size_t refs_ = 0;
     int32_t rc_ = 0;
 };
 

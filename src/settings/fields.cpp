@@ -1,69 +1,458 @@
 #include "settings/fields.h"
 
+#include <cstring>
+
+#include "kvnsdk2.h"
+#include "link/bytes.h"
+
 namespace kvn {
+namespace {
 
-void encode_fields(tlv::Writer& w, FieldTable table, const void* record) noexcept {
-    const auto* base = static_cast<const uint8_t*>(record);
-    for (const Field& f : table) {
-        const uint8_t* m = base + f.offset;
-        switch (f.wire) {
-            case Wire::u8: w.u8(f.tag, *m); break;
-            case Wire::u16: {
-                uint16_t v;
-                std::memcpy(&v, m, sizeof v);
-                w.u16(f.tag, v);
-                break;
-            }
-            case Wire::u32: {
-                uint32_t v;
-                std::memcpy(&v, m, sizeof v);
-                w.u32(f.tag, v);
-                break;
-            }
-            case Wire::text: w.text(f.tag, reinterpret_cast<const char*>(m), f.size); break;
-            case Wire::text_always: w.text(f.tag, reinterpret_cast<const char*>(m), f.size, true); break;
-            case Wire::text_whole: w.text_whole(f.tag, reinterpret_cast<const char*>(m), f.size); break;
-            case Wire::bytes: w.element(f.tag, m, f.size); break;
-        }
+// Deeper nesting than any record has (schedules go three levels, a user record
+// may wrap itself once or twice) is a malformed answer, not a reason to recurse.
+constexpr int kMaxDepth = 8;
+constexpr size_t kMaxLists = 4;
+// Returned by a level that reached a list's limit: decoding ends with success.
+constexpr int32_t kStop = INT32_MIN;
+
+uint32_t load(const uint8_t* p, uint32_t width) noexcept {
+    switch (width) {
+        case 1: return p[0];
+        case 2: return load_le16(p);
+        default: return load_le32(p);
     }
 }
 
-bool store_field(FieldTable table, uint8_t tag, const uint8_t* value, uint32_t length, void* record) noexcept {
-    auto* base = static_cast<uint8_t*>(record);
-    for (const Field& f : table) {
-        if (f.tag != tag) continue;
-        uint8_t* m = base + f.offset;
-        switch (f.wire) {
-            case Wire::u8: *m = value[0]; break;
-            case Wire::u16: {
-                const uint16_t v = tlv::value_u16(value, length);
-                std::memcpy(m, &v, sizeof v);
-                break;
-            }
-            case Wire::u32: {
-                const uint32_t v = tlv::value_u32(value, length);
-                std::memcpy(m, &v, sizeof v);
-                break;
-            }
-            case Wire::text:
-            case Wire::text_always:
-            case Wire::text_whole:
-            case Wire::bytes: tlv::copy_bounded(m, f.limit < f.size ? f.limit : f.size, value, length); break;
-        }
-        return true;
-    }
-    return false;
+bool holds(const Gate& g, const uint8_t* base) noexcept {
+    if (g.width == 0) return true;
+    return (load(base + g.offset, g.width) == g.value) == g.equal;
 }
 
-int32_t decode_fields(FieldTable table, const uint8_t* payload, uint32_t length, void* record,
-                      tlv::Empty empty) noexcept {
-    return tlv::decode(
-        payload, length,
-        [&](uint8_t tag, const uint8_t* v, uint32_t n) {
-            store_field(table, tag, v, n, record);
+uint8_t* at(uint8_t* base, const Field& f, uint32_t index) noexcept { return base + f.offset + index * f.column; }
+const uint8_t* at(const uint8_t* base, const Field& f, uint32_t index) noexcept {
+    return base + f.offset + index * f.column;
+}
+
+// ---------------------------------------------------------------- encoding
+
+void encode_rows(tlv::Writer& w, Desc desc, const uint8_t* base, uint32_t index, const Slice* slice) noexcept;
+
+void encode_list(tlv::Writer& w, const List& l, const uint8_t* owner, const Slice* slice) noexcept {
+    uint32_t first = l.first;
+    uint32_t end = l.capacity;
+    switch (l.range) {
+        case Range::all: break;
+        case Range::none: return;
+        case Range::count_i32: {
+            const auto n = static_cast<int32_t>(load_le32(owner + l.send_count));
+            if (n > static_cast<int32_t>(l.capacity)) return w.fail();
+            first = 0;
+            end = n > 0 ? static_cast<uint32_t>(n) : 0;
+            break;
+        }
+        case Range::count_u8:
+            if (owner[l.send_count] > l.capacity) return w.fail();
+            first = 0;
+            end = owner[l.send_count];
+            break;
+    }
+    if (slice != nullptr) {
+        if (slice->first >= l.capacity || slice->count > l.capacity - slice->first) return w.fail();
+        first = slice->first;
+        end = slice->first + slice->count;
+    }
+    for (uint32_t i = first; i < end; ++i) {
+        const uint8_t* entry = owner + l.offset + i * l.stride;
+        if (!holds(l.entry_gate, entry)) continue;
+        if (l.tag == 0) {
+            encode_rows(w, l.entry, entry, i, nullptr);
+            continue;
+        }
+        const auto mark = w.open();
+        encode_rows(w, l.entry, entry, i, nullptr);
+        w.close(mark, l.tag);
+    }
+}
+
+bool wanted(const Field& f, const uint8_t* base, const uint8_t* m) noexcept {
+    switch (f.send) {
+        case Send::always: return true;
+        case Send::never: return false;
+        case Send::gated: return holds(f.gate, base);
+        case Send::nonzero: break;
+    }
+    switch (f.kind) {
+        case Kind::u8: return m[0] != 0;
+        case Kind::u16: return load_le16(m) != 0;
+        case Kind::counted: return load(base + f.length_offset, f.length_width) != 0;
+        case Kind::u32:
+        case Kind::u32_as_u8: return load_le32(m) != 0;
+        default: return m[0] != 0;  // texts and arrays: not empty
+    }
+}
+
+void encode_row(tlv::Writer& w, const Field& f, const uint8_t* base, uint32_t index, const Slice* slice) noexcept {
+    const uint8_t* m = at(base, f, index);
+    if (!wanted(f, base, m)) return;
+    switch (f.kind) {
+        case Kind::u8: return w.u8(f.tag, m[0]);
+        case Kind::u16: return w.u16(f.tag, load_le16(m));
+        case Kind::u32: return w.u32(f.tag, load_le32(m));
+        case Kind::u32_as_u8: return w.u8(f.tag, m[0]);
+        case Kind::address: {
+            char text[17];
+            std::memcpy(text, m, 16);
+            text[16] = 0;
+            uint32_t v = 0;
+            if (int32_t rc = kvn_convert_ip_string_to_int(text, &v); rc != 0) w.fail(rc);
+            return w.u32(f.tag, v);
+        }
+        case Kind::text: return w.text(f.tag, reinterpret_cast<const char*>(m), f.size, true);
+        case Kind::bytes:
+            if (f.by_reference) return w.element_ref(f.tag, m, f.size);
+            return w.element(f.tag, m, f.size);
+        case Kind::counted: {
+            const uint32_t n = load(base + f.length_offset, f.length_width);
+            if (n > f.size) return w.fail();  // a length beyond the array is never read
+            if (f.by_reference) return w.element_ref(f.tag, m, n);
+            return w.element(f.tag, m, n);
+        }
+        case Kind::constant: return f.size == 1 ? w.u8(f.tag, static_cast<uint8_t>(f.value)) : w.u32(f.tag, f.value);
+        case Kind::position: {
+            const uint32_t v = index + f.value;
+            return f.size == 1 ? w.u8(f.tag, static_cast<uint8_t>(v)) : w.u32(f.tag, v);
+        }
+        case Kind::list: return encode_list(w, *f.list, base, slice);
+        case Kind::record: {
+            const auto mark = w.open();
+            encode_rows(w, f.desc, m, 0, slice);
+            return f.shortest ? w.close_short(mark, f.tag) : w.close(mark, f.tag);
+        }
+        case Kind::self:
+        case Kind::custom: return;
+    }
+}
+
+void encode_rows(tlv::Writer& w, Desc desc, const uint8_t* base, uint32_t index, const Slice* slice) noexcept {
+    for (const Field& f : desc) encode_row(w, f, base, index, slice);
+}
+
+// ---------------------------------------------------------------- decoding
+
+struct ListState {
+    uint32_t counter = 0;
+    uint32_t capacity = 0;  // entries that may be filled
+    uint32_t limit = 0;     // with `limited`: entries after which decoding ends
+    bool limited = false;
+    uint32_t seen[2] = {0, 0};  // pair lists: occurrences of each tag
+};
+
+struct Level {
+    Desc desc;
+    uint8_t* base;
+    uint32_t index;
+    int depth;
+    tlv::Empty empty;
+    int32_t remembered = 0;
+    ListState lists[kMaxLists]{};
+};
+
+int32_t decode_level(Level& level, const uint8_t* p, uint32_t n) noexcept;
+int32_t element(Level& level, uint8_t tag, const uint8_t* v, uint32_t len) noexcept;
+
+// The counter of a list, wherever it lives.
+uint32_t counter(const List& l, const ListState& s, const uint8_t* owner) noexcept {
+    switch (l.counter) {
+        case Counter::u8_keep:
+        case Counter::u8_clear:
+        case Counter::low_byte:
+        case Counter::low_byte_keep: return owner[l.count];
+        default: return s.counter;
+    }
+}
+void advance(const List& l, ListState& s, uint8_t* owner) noexcept {
+    switch (l.counter) {
+        case Counter::u8_keep:
+        case Counter::u8_clear:
+        case Counter::low_byte:
+        case Counter::low_byte_keep: ++owner[l.count]; break;  // one byte: it wraps after 255
+        default: ++s.counter; break;
+    }
+}
+
+void start_list(const List& l, ListState& s, const uint8_t* owner) noexcept {
+    s.capacity = l.capacity;
+    if (l.counter == Counter::capacity_in && owner[l.count] < s.capacity) s.capacity = owner[l.count];
+    if (l.limit_to != l.limit_from) {
+        const uint32_t limit = load_le32(owner + l.limit_to) - load_le32(owner + l.limit_from);
+        s.limit = limit < l.capacity ? limit : l.capacity;
+        s.limited = true;
+    }
+}
+
+void finish_list(const List& l, const ListState& s, uint8_t* owner) noexcept {
+    if (l.counter == Counter::capacity_in) owner[l.count] = static_cast<uint8_t>(s.counter);
+}
+
+uint8_t* entry_at(const List& l, uint8_t* owner, uint32_t i) noexcept { return owner + l.offset + i * l.stride; }
+
+int32_t store_value(const Field& f, uint8_t* m, const uint8_t* v, uint32_t len, int32_t& remembered) noexcept {
+    const bool integer = f.kind == Kind::u8 || f.kind == Kind::u16 || f.kind == Kind::u32;
+    if (integer) {
+        if (f.copy == Copy::raw || f.copy == Copy::remember) {
+            if (len > f.size && f.copy == Copy::remember) {
+                remembered = f.status;
+                return 0;
+            }
+            std::memcpy(m, v, len < f.size ? len : f.size);
             return 0;
-        },
-        empty);
+        }
+        if (f.kind == Kind::u8) {
+            m[0] = v[0];
+        } else if (f.kind == Kind::u16) {
+            store_le16(m, tlv::value_u16(v, len));
+        } else {
+            store_le32(m, tlv::value_u32(v, len));
+        }
+        return 0;
+    }
+    switch (f.kind) {
+        case Kind::u32_as_u8: store_le32(m, v[0]); return 0;
+        case Kind::address: {
+            char text[16];
+            kvn_convert_ip_int_to_string(tlv::value_u32(v, len), text);
+            std::memcpy(m, text, sizeof text);
+            return 0;
+        }
+        default: break;
+    }
+    const uint32_t n = len < f.limit ? len : f.limit;
+    switch (f.copy) {
+        case Copy::zero_fill:
+            std::memcpy(m, v, n);
+            std::memset(m + n, 0, f.size - n);
+            break;
+        case Copy::lossy:
+            if (len <= f.limit) std::memcpy(m, v, len);
+            else m[0] = v[0];
+            break;
+        case Copy::exact:
+            if (len != f.limit) return f.status;
+            std::memcpy(m, v, len);
+            break;
+        case Copy::terminate: tlv::copy_text(reinterpret_cast<char*>(m), f.limit, v, len); break;
+        case Copy::remember:
+            if (len > f.limit) remembered = f.status;
+            else std::memcpy(m, v, len);
+            break;
+        default: std::memcpy(m, v, n); break;
+    }
+    if (f.kind == Kind::counted) {
+        // The length member tells how many bytes the field now holds.
+        uint8_t* length = m - f.offset + f.length_offset;
+        if (f.length_width == 1) length[0] = static_cast<uint8_t>(n);
+        else store_le32(length, n);
+    }
+    return 0;
+}
+
+// Stores one element into `base` by the row that carries its tag.
+int32_t store_row(Level& level, const Field& f, const uint8_t* v, uint32_t len) noexcept {
+    uint8_t* m = at(level.base, f, level.index);
+    switch (f.kind) {
+        case Kind::record:
+        case Kind::self: {
+            if (level.depth + 1 > kMaxDepth) return -1;
+            Level inner{f.kind == Kind::self ? level.desc : f.desc, f.kind == Kind::self ? level.base : m,
+                        level.index, level.depth + 1, level.empty};
+            const int32_t rc = decode_level(inner, v, len);
+            if (rc == kStop) return kStop;
+            if (f.copy == Copy::result) {
+                level.remembered = rc;
+                return 0;
+            }
+            return rc;
+        }
+        case Kind::custom: return f.store(m, v, len);
+        case Kind::constant:
+        case Kind::position:
+        case Kind::list: return 0;
+        default: return store_value(f, m, v, len, level.remembered);
+    }
+}
+
+const Field* row_for(Desc desc, uint8_t tag) noexcept {
+    for (const Field& f : desc) {
+        if (f.tag != tag || f.copy == Copy::none || f.kind == Kind::list) continue;
+        return &f;
+    }
+    return nullptr;
+}
+
+// List rows of a level, in order, each with its state.
+template <class Fn>
+void for_lists(Level& level, Fn&& fn) noexcept {
+    size_t j = 0;
+    for (const Field& f : level.desc) {
+        if (f.kind != Kind::list || j == kMaxLists) continue;
+        fn(*f.list, level.lists[j++]);
+    }
+}
+
+void begin(Level& level) noexcept {
+    for_lists(level, [&](const List& l, ListState& s) {
+        s = ListState{};
+        if (level.base != nullptr) start_list(l, s, level.base);
+    });
+}
+
+int32_t end(Level& level, int32_t rc) noexcept {
+    if (rc != 0) return rc;
+    for_lists(level, [&](const List& l, ListState& s) {
+        if (level.base != nullptr) finish_list(l, s, level.base);
+    });
+    return level.remembered;
+}
+
+int32_t decode_level(Level& level, const uint8_t* p, uint32_t n) noexcept {
+    begin(level);
+    const int32_t rc = tlv::decode(
+        p, n, [&](uint8_t t, const uint8_t* v, uint32_t len) { return element(level, t, v, len); }, level.empty);
+    return end(level, rc);
+}
+
+// One container of list `l`: the entry it fills is found by the list's rule.
+int32_t decode_container(Level& level, const List& l, ListState& s, const uint8_t* v, uint32_t len) noexcept {
+    if (level.depth + 1 > kMaxDepth) return -1;
+    Level entry{l.entry, nullptr, 0, level.depth + 1, level.empty};
+    auto target = [&](uint32_t i) {
+        entry.base = i < s.capacity ? entry_at(l, level.base, i) : nullptr;
+        entry.index = i;
+        begin(entry);
+    };
+    int32_t rc = 0;
+    if (l.select == Select::next) {
+        const uint32_t i = counter(l, s, level.base);
+        if (i >= s.capacity) return 0;  // entries beyond the array are read and dropped
+        target(i);
+        rc = decode_level(entry, v, len);
+        if (rc == 0 || (rc != kStop && l.remember_result)) advance(l, s, level.base);
+    } else {
+        if (l.select == Select::next_on_tag) {
+            if (counter(l, s, level.base) >= s.capacity) return 0;
+            target(counter(l, s, level.base));
+        }
+        rc = tlv::decode(
+            v, len,
+            [&](uint8_t t, const uint8_t* fv, uint32_t fl) -> int32_t {
+                if (l.select == Select::selector && t == l.key) {
+                    const uint32_t number = tlv::value_u32(fv, fl);
+                    if (number < l.key_base || number - l.key_base >= s.capacity) {
+                        if (l.out_of_range != 0) return l.out_of_range;
+                        entry.base = nullptr;  // its fields are dropped
+                        return 0;
+                    }
+                    end(entry, 0);
+                    target(number - l.key_base);
+                }
+                if (entry.base == nullptr) return 0;
+                if (int32_t r = element(entry, t, fv, fl); r != 0) return r;
+                if (l.select == Select::next_on_tag && t == l.key) {
+                    end(entry, 0);
+                    advance(l, s, level.base);
+                    entry.base = nullptr;
+                    if (counter(l, s, level.base) < s.capacity) target(counter(l, s, level.base));
+                }
+                return 0;
+            },
+            level.empty);
+        rc = end(entry, rc);
+    }
+    if (rc == kStop) return kStop;
+    if (l.remember_result) {
+        level.remembered = rc;
+        rc = 0;
+    }
+    if (rc == 0 && s.limited && counter(l, s, level.base) >= s.limit) return kStop;
+    return rc;
+}
+
+// A flat list: elements of its entry's tags at the owner's own level.
+int32_t decode_flat(Level& level, const List& l, ListState& s, const Field& f, uint8_t tag, const uint8_t* v,
+                    uint32_t len) noexcept {
+    uint32_t i;
+    if (l.select == Select::pair) {
+        const size_t which = (!l.entry.empty() && l.entry[0].tag == tag) ? 0 : 1;
+        i = s.seen[which]++;
+        const uint32_t total = s.seen[0] > s.seen[1] ? s.seen[0] : s.seen[1];
+        const uint32_t stored = total < l.capacity ? total : l.capacity;
+        if (i < l.capacity) {
+            uint8_t* e = entry_at(l, level.base, i);
+            const uint32_t before = load_le32(level.base + l.count);
+            if (l.clear_new && i >= before) std::memset(e, 0, l.stride);
+        }
+        store_le32(level.base + l.count, stored);
+        store_le32(level.base + l.total, total);
+        if (i >= l.capacity) return 0;
+    } else {
+        i = counter(l, s, level.base);
+        if (i >= s.capacity) return 0;
+        advance(l, s, level.base);
+    }
+    Level entry{l.entry, entry_at(l, level.base, i), i, level.depth, level.empty};
+    return store_row(entry, f, v, len);
+}
+
+int32_t element(Level& level, uint8_t tag, const uint8_t* v, uint32_t len) noexcept {
+    int32_t rc = 0;
+    bool done = false;
+    for_lists(level, [&](const List& l, ListState& s) {
+        if (done) return;
+        if (l.tag != 0) {
+            if (l.tag != tag) return;
+            done = true;
+            rc = decode_container(level, l, s, v, len);
+        } else if (const Field* f = row_for(l.entry, tag)) {
+            done = true;
+            rc = decode_flat(level, l, s, *f, tag, v, len);
+        }
+    });
+    if (done) return rc;
+    const Field* f = row_for(level.desc, tag);
+    return f != nullptr ? store_row(level, *f, v, len) : 0;
+}
+
+void prepare_rows(Desc desc, uint8_t* base) noexcept {
+    for (const Field& f : desc) {
+        if (f.kind != Kind::list) continue;
+        const List& l = *f.list;
+        if (l.counter == Counter::u8_clear || l.counter == Counter::low_byte) base[l.count] = 0;
+    }
+}
+
+}  // namespace
+
+void encode(tlv::Writer& w, Desc desc, const void* record, const Slice* slice) noexcept {
+    encode_rows(w, desc, static_cast<const uint8_t*>(record), 0, slice);
+}
+
+void prepare(Desc desc, void* record) noexcept { prepare_rows(desc, static_cast<uint8_t*>(record)); }
+
+int32_t decode(Desc desc, const uint8_t* payload, uint32_t length, void* record, tlv::Empty empty) noexcept {
+    Level top{desc, static_cast<uint8_t*>(record), 0, 0, empty};
+    // A list whose limit is 0 takes nothing, not even a look at the answer.
+    bool none = false;
+    begin(top);
+    for_lists(top, [&](const List& l, ListState& s) {
+        none = none || (s.limited && s.limit == 0);
+        if (l.counter == Counter::count_total) {  // rebuilt by every read
+            store_le32(top.base + l.count, 0);
+            store_le32(top.base + l.total, 0);
+        }
+    });
+    if (none) return 0;
+    const int32_t rc = decode_level(top, payload, length);
+    return rc == kStop ? 0 : rc;
 }
 
 }  // namespace kvn

@@ -1,138 +1,94 @@
 // Indication families: LED (104), buzzer (111), audio (110, 801-803), images
 // (140, 205), LCD (149) and device notification (507).
-#include <cstddef>
-
 #include "kvnsdk2.h"
+#include "link/commands.h"
 #include "settings/command.h"
-#include "settings/fields.h"
 
 namespace kvn {
 namespace {
 
-constexpr uint32_t kLed = 104, kBuzzer = 111, kAudio = 110, kPlayAudio = 801, kStopAudio = 802,
-                   kAudioList = 803, kImageList = 140, kDisplayImage = 205, kLcd = 149, kNotification = 507;
+using namespace row;
 
 // LED and buzzer entry, in emission order: the matrix goes column by column.
-#define LED(member, tag, wire) KVN_FIELD(kvn_led_setting, member, tag, wire)
+#define LED(member) KVN_MEMBER(kvn_led_setting, member)
 constexpr Field kLedEntry[] = {
-    LED(index, 3, u32),         LED(enable, 2, u8),         LED(option, 13, u32),
-    LED(matrix[0][0], 4, u32),  LED(matrix[1][0], 7, u32),  LED(matrix[2][0], 10, u32),
-    LED(matrix[0][1], 5, u32),  LED(matrix[1][1], 8, u32),  LED(matrix[2][1], 11, u32),
-    LED(matrix[0][2], 6, u32),  LED(matrix[1][2], 9, u32),  LED(matrix[2][2], 12, u32),
+    u32(3, LED(index)),         u8(2, LED(enable)),         u32(13, LED(option)),
+    u32(4, LED(matrix[0][0])),  u32(7, LED(matrix[1][0])),  u32(10, LED(matrix[2][0])),
+    u32(5, LED(matrix[0][1])),  u32(8, LED(matrix[1][1])),  u32(11, LED(matrix[2][1])),
+    u32(6, LED(matrix[0][2])),  u32(9, LED(matrix[1][2])),  u32(12, LED(matrix[2][2])),
 };
 #undef LED
 
 // Audio entry as the single-entry set sends it: whole text arrays, value under tag 8.
-#define AUDIO(member, tag, wire) KVN_FIELD(kvn_audio_setting, member, tag, wire)
+#define AUDIO(member) KVN_MEMBER(kvn_audio_setting, member)
 constexpr Field kAudioSingle[] = {
-    AUDIO(index, 3, u32), AUDIO(short_text, 4, text_whole), AUDIO(flag, 5, u8),
-    AUDIO(long_text, 6, text_whole), AUDIO(value, 8, u32),
+    u32(3, AUDIO(index)), bytes(4, AUDIO(short_text)).nonzero(), u8(5, AUDIO(flag)),
+    bytes(6, AUDIO(long_text)).nonzero(), u32(8, AUDIO(value)),
 };
-// ...as the all-entries set sends it: texts at their own length, value under tag 7.
+// ...as the all-entries set sends it and a read stores it: texts at their own
+// length, value under tag 7; a read fills at most 51 bytes of either text.
 constexpr Field kAudioAll[] = {
-    AUDIO(index, 3, u32), AUDIO(short_text, 4, text), AUDIO(flag, 5, u8),
-    AUDIO(long_text, 6, text), AUDIO(value, 7, u32),
-};
-// ...as a read stores it: both texts take at most 51 bytes.
-constexpr Field kAudioRead[] = {
-    AUDIO(index, 3, u32), AUDIO(short_text, 4, text), AUDIO(flag, 5, u8),
-    KVN_FIELD_LIMIT(kvn_audio_setting, long_text, 6, text, 51), AUDIO(value, 7, u32),
+    u32(3, AUDIO(index)), text(4, AUDIO(short_text)).nonzero(), u8(5, AUDIO(flag)),
+    text(6, AUDIO(long_text)).nonzero().bound(51), u32(7, AUDIO(value)),
 };
 #undef AUDIO
 
+// Each entry is one tag-1 container; inside it tag 3 names the 1-based entry that
+// receives the fields after it. Every entry number is accepted, but one outside
+// the caller's array selects nothing, so its fields are dropped.
+constexpr List kLedList = array<kvn_led_setting, KVN_LED_COUNT>().in(1).by(3, 1).of(kLedEntry);
+constexpr List kBuzzerList = array<kvn_led_setting, KVN_BUZZER_COUNT>().in(1).by(3, 1).of(kLedEntry);
+constexpr List kAudioSingleList = array<kvn_audio_setting, KVN_AUDIO_COUNT>().in(1).by(3, 1).of(kAudioSingle);
+constexpr List kAudioAllList = array<kvn_audio_setting, KVN_AUDIO_COUNT>().in(1).by(3, 1).of(kAudioAll);
+constexpr Field kLeds[] = {list(kLedList)};
+constexpr Field kBuzzers[] = {list(kBuzzerList)};
+constexpr Field kAudioOne[] = {list(kAudioSingleList)};
+constexpr Field kAudio[] = {list(kAudioAllList)};
+
+// Media lists: the k-th name element and the k-th text element fill entry k; the
+// list is rebuilt by every read, and entries past the array are counted only.
+#define MEDIA(member) KVN_MEMBER(kvn_media_list_entry, member)
+constexpr Field kAudioListEntry[] = {text(11, MEDIA(name)).terminate(51), text(12, MEDIA(text)).terminate(51)};
+constexpr Field kImageListEntry[] = {text(1, MEDIA(name)).terminate(51), text(2, MEDIA(text)).terminate(51)};
+#undef MEDIA
+constexpr List media(Desc entry) {
+    return array(KVN_MEMBER(kvn_media_list, entries))
+        .of(entry)
+        .pairing()
+        .clearing_new()
+        .counting(Counter::count_total, offsetof(kvn_media_list, count), offsetof(kvn_media_list, total));
+}
+constexpr List kAudioMedia = media(kAudioListEntry);
+constexpr List kImageMedia = media(kImageListEntry);
+constexpr Field kAudioList[] = {list(kAudioMedia)};
+constexpr Field kImageList[] = {list(kImageMedia)};
+
 constexpr Field kPlay[] = {
-    KVN_FIELD(kvn_audio_play_request, short_text, 4, text),
-    KVN_FIELD(kvn_audio_play_request, long_text, 6, text),
-    KVN_FIELD(kvn_audio_play_request, value, 8, u32),
+    text(4, KVN_MEMBER(kvn_audio_play_request, short_text)).nonzero(),
+    text(6, KVN_MEMBER(kvn_audio_play_request, long_text)).nonzero(),
+    u32(8, KVN_MEMBER(kvn_audio_play_request, value)),
 };
 
-constexpr Field kDisplay[] = {KVN_FIELD(kvn_display_image_request, name, 3, text)};
+constexpr Field kDisplay[] = {text(3, KVN_MEMBER(kvn_display_image_request, name)).nonzero()};
 
-constexpr Field kLcdFields[] = {
-    KVN_FIELD(kvn_lcd_setting, value, 1, u32),
-    KVN_FIELD(kvn_lcd_setting, short_text, 2, text),
+constexpr Field kLcd[] = {
+    u32(1, KVN_MEMBER(kvn_lcd_setting, value)),
+    text(2, KVN_MEMBER(kvn_lcd_setting, short_text)).nonzero(),
 };
 
-constexpr Field kNotificationFields[] = {
-    KVN_FIELD(kvn_device_notification_setting, flag, 1, u8),
-    KVN_FIELD(kvn_device_notification_setting, text_a, 2, text),
-    KVN_FIELD(kvn_device_notification_setting, text_b, 3, text),
-    KVN_FIELD(kvn_device_notification_setting, text_c, 4, text),
-    KVN_FIELD(kvn_device_notification_setting, value, 5, u32),
+#define NOTE(member) KVN_MEMBER(kvn_device_notification_setting, member)
+constexpr Field kNotification[] = {
+    u8(1, NOTE(flag)), text(2, NOTE(text_a)).nonzero(), text(3, NOTE(text_b)).nonzero(),
+    text(4, NOTE(text_c)).nonzero(), u32(5, NOTE(value)),
 };
+#undef NOTE
 
-// Each entry travels as one tag-1 container of its fields.
-template <class Rec>
-void encode_entries(tlv::Writer& w, FieldTable table, const Rec* entries, uint32_t first, uint32_t count) noexcept {
-    for (uint32_t i = first; i < first + count; ++i) {
-        const auto mark = w.open();
-        encode_fields(w, table, &entries[i]);
-        w.close(mark, 1);
-    }
-}
-
-// Reads tag-1 containers; inside each, tag 3 names the 1-based entry that receives
-// the fields after it. The terminal's entry numbers are all accepted, but one
-// outside the caller's array selects nothing, so its fields are dropped.
-template <class Rec>
-int32_t decode_entries(const uint8_t* p, uint32_t n, FieldTable table, Rec* entries, uint32_t count) noexcept {
-    return tlv::decode(p, n, [&](uint8_t tag, const uint8_t* v, uint32_t len) -> int32_t {
-        if (tag != 1) return 0;
-        Rec* entry = nullptr;
-        return tlv::decode(v, len, [&](uint8_t t, const uint8_t* fv, uint32_t fl) {
-            if (t == 3) {
-                const uint32_t number = tlv::value_u32(fv, fl);
-                entry = (number >= 1 && number <= count) ? &entries[number - 1] : nullptr;
-            }
-            if (entry != nullptr) store_field(table, t, fv, fl, entry);
-            return 0;
-        });
-    });
-}
-
-template <class Rec>
-int32_t set_entries(kvn_device_conn* conn, uint32_t command, FieldTable table, const Rec* entries, uint32_t first,
-                    uint32_t count) noexcept {
-    if (entries == nullptr) return KVN_E_TLV_BUFFER_OVERFLOW;
-    return cmd::set(conn, command, [&](tlv::Writer& w) { encode_entries(w, table, entries, first, count); });
-}
-
-template <class Rec>
-int32_t set_single(kvn_device_conn* conn, uint32_t command, FieldTable table, const Rec* entries, uint32_t entry,
-                   uint32_t count) noexcept {
+// One entry, 1-based; an entry number outside the array sends nothing.
+int32_t set_one(kvn_device_conn* conn, uint32_t command, Desc desc, const void* entries, uint32_t entry,
+                uint32_t count) noexcept {
     if (entry < 1 || entry > count) return KVN_E_INVALID_VALUE_RECEIVED;
-    return set_entries(conn, command, table, entries, entry - 1, 1);
-}
-
-template <class Rec>
-int32_t get_entries(kvn_device_conn* conn, uint32_t command, FieldTable table, Rec* entries, uint32_t count) noexcept {
-    if (entries == nullptr) return KVN_E_TLV_BUFFER_OVERFLOW;
-    return cmd::get(conn, command,
-                    [&](const uint8_t* p, uint32_t n) { return decode_entries(p, n, table, entries, count); });
-}
-
-// Media lists: the k-th name element and the k-th text element fill entry k. The
-// list is rebuilt by every read; entries past the array are counted, not stored.
-int32_t get_media_list(kvn_device_conn* conn, uint32_t command, uint8_t name_tag, uint8_t text_tag,
-                       kvn_media_list* list) noexcept {
-    if (list == nullptr) return KVN_E_TLV_BUFFER_OVERFLOW;
-    return cmd::get(conn, command, [&](const uint8_t* p, uint32_t n) {
-        list->count = list->total = 0;
-        uint32_t seen[2] = {0, 0};  // names, texts
-        return tlv::decode(p, n, [&](uint8_t tag, const uint8_t* v, uint32_t len) {
-            if (tag != name_tag && tag != text_tag) return 0;
-            uint32_t& k = seen[tag == name_tag ? 0 : 1];
-            if (k < KVN_MEDIA_LIST_MAX) {
-                kvn_media_list_entry& e = list->entries[k];
-                if (k >= list->count) e = kvn_media_list_entry{};  // a new entry starts empty
-                tlv::copy_text(tag == name_tag ? e.name : e.text, sizeof e.name, v, len);
-            }
-            ++k;
-            list->total = seen[0] > seen[1] ? seen[0] : seen[1];
-            list->count = list->total < KVN_MEDIA_LIST_MAX ? list->total : KVN_MEDIA_LIST_MAX;
-            return 0;
-        });
-    });
+    const Slice one{entry - 1, 1};
+    return cmd::set(conn, command, desc, entries, Capacity::buffer, &one);
 }
 
 }  // namespace
@@ -143,77 +99,75 @@ using namespace kvn;
 extern "C" {
 
 KVN_API int32_t kvn_set_single_led_setting(kvn_device_conn* conn, const kvn_led_setting* leds, uint32_t entry) {
-    return set_single(conn, kLed, kLedEntry, leds, entry, KVN_LED_COUNT);
+    return set_one(conn, id::led, kLeds, leds, entry, KVN_LED_COUNT);
 }
 KVN_API int32_t kvn_set_all_led_setting(kvn_device_conn* conn, const kvn_led_setting* leds) {
-    return set_entries(conn, kLed, kLedEntry, leds, 0, KVN_LED_COUNT);
+    return cmd::set(conn, id::led, kLeds, leds);
 }
 KVN_API int32_t kvn_get_led_setting(kvn_device_conn* conn, kvn_led_setting* leds) {
-    return get_entries(conn, kLed, kLedEntry, leds, KVN_LED_COUNT);
+    return cmd::get(conn, id::led, kLeds, leds);
 }
-KVN_API int32_t kvn_reset_led_setting(kvn_device_conn* conn) { return cmd::reset(conn, kLed); }
+KVN_API int32_t kvn_reset_led_setting(kvn_device_conn* conn) { return cmd::reset(conn, id::led); }
 
 KVN_API int32_t kvn_set_single_buzzer_setting(kvn_device_conn* conn, const kvn_led_setting* buzzers, uint32_t entry) {
-    return set_single(conn, kBuzzer, kLedEntry, buzzers, entry, KVN_BUZZER_COUNT);
+    return set_one(conn, id::buzzer, kBuzzers, buzzers, entry, KVN_BUZZER_COUNT);
 }
 KVN_API int32_t kvn_set_all_buzzer_setting(kvn_device_conn* conn, const kvn_led_setting* buzzers) {
-    return set_entries(conn, kBuzzer, kLedEntry, buzzers, 0, KVN_BUZZER_COUNT);
+    return cmd::set(conn, id::buzzer, kBuzzers, buzzers);
 }
 KVN_API int32_t kvn_get_buzzer_setting(kvn_device_conn* conn, kvn_led_setting* buzzers) {
-    return get_entries(conn, kBuzzer, kLedEntry, buzzers, KVN_BUZZER_COUNT);
+    return cmd::get(conn, id::buzzer, kBuzzers, buzzers);
 }
-KVN_API int32_t kvn_reset_buzzer_setting(kvn_device_conn* conn) { return cmd::reset(conn, kBuzzer); }
+KVN_API int32_t kvn_reset_buzzer_setting(kvn_device_conn* conn) { return cmd::reset(conn, id::buzzer); }
 
 KVN_API int32_t kvn_set_single_audio_setting(kvn_device_conn* conn, const kvn_audio_setting* audio, uint32_t entry) {
-    return set_single(conn, kAudio, kAudioSingle, audio, entry, KVN_AUDIO_COUNT);
+    return set_one(conn, id::audio, kAudioOne, audio, entry, KVN_AUDIO_COUNT);
 }
 KVN_API int32_t kvn_set_all_audio_setting(kvn_device_conn* conn, const kvn_audio_setting* audio) {
-    return set_entries(conn, kAudio, kAudioAll, audio, 0, KVN_AUDIO_COUNT);
+    return cmd::set(conn, id::audio, kAudio, audio);
 }
 KVN_API int32_t kvn_get_audio_setting(kvn_device_conn* conn, kvn_audio_setting* audio) {
-    return get_entries(conn, kAudio, kAudioRead, audio, KVN_AUDIO_COUNT);
+    return cmd::get(conn, id::audio, kAudio, audio);
 }
-KVN_API int32_t kvn_reset_audio_setting(kvn_device_conn* conn) { return cmd::reset(conn, kAudio); }
+KVN_API int32_t kvn_reset_audio_setting(kvn_device_conn* conn) { return cmd::reset(conn, id::audio); }
 
 KVN_API int32_t kvn_play_audio(kvn_device_conn* conn, const kvn_audio_play_request* request) {
-    return cmd::set_record(conn, kPlayAudio, kPlay, request);
+    return cmd::set(conn, id::play_audio, kPlay, request);
 }
 
 // The terminal ignores the content, but expects the whole settings buffer.
 KVN_API int32_t kvn_stop_audio(kvn_device_conn* conn) {
-    uint8_t buffer[cmd::kSettingsBuffer];
-    Exchange ex{kStopAudio, KVN_REQ_SET};
-    ex.send_length = cmd::kSettingsBuffer;
-    return exchange(conn, buffer, sizeof buffer, ex);
+    return call<cmd::kSettingsBuffer>(conn, Request{id::stop_audio, KVN_REQ_SET, Capacity::buffer, cmd::kSettingsBuffer},
+                                      no_payload, status_only);
 }
 
 KVN_API int32_t kvn_retrieve_audio_list(kvn_device_conn* conn, kvn_media_list* list) {
-    return get_media_list(conn, kAudioList, 11, 12, list);
+    return cmd::get(conn, id::audio_list, kAudioList, list);
 }
 KVN_API int32_t kvn_retrieve_image_list(kvn_device_conn* conn, kvn_media_list* list) {
-    return get_media_list(conn, kImageList, 1, 2, list);
+    return cmd::get(conn, id::image_list, kImageList, list);
 }
 KVN_API int32_t kvn_display_image(kvn_device_conn* conn, const kvn_display_image_request* request) {
-    return cmd::set_record(conn, kDisplayImage, kDisplay, request);
+    return cmd::set(conn, id::display_image, kDisplay, request);
 }
 
 KVN_API int32_t kvn_set_lcd_settings(kvn_device_conn* conn, const kvn_lcd_setting* setting) {
-    return cmd::set_record(conn, kLcd, kLcdFields, setting);
+    return cmd::set(conn, id::lcd, kLcd, setting);
 }
 KVN_API int32_t kvn_get_lcd_settings(kvn_device_conn* conn, kvn_lcd_setting* setting) {
-    return cmd::get_record(conn, kLcd, kLcdFields, setting);
+    return cmd::get(conn, id::lcd, kLcd, setting);
 }
-KVN_API int32_t kvn_reset_lcd_settings(kvn_device_conn* conn) { return cmd::reset(conn, kLcd); }
+KVN_API int32_t kvn_reset_lcd_settings(kvn_device_conn* conn) { return cmd::reset(conn, id::lcd); }
 
 KVN_API int32_t kvn_set_device_notification_setting(kvn_device_conn* conn,
                                                     const kvn_device_notification_setting* setting) {
-    return cmd::set_record(conn, kNotification, kNotificationFields, setting);
+    return cmd::set(conn, id::device_notification, kNotification, setting);
 }
 KVN_API int32_t kvn_get_device_notification_setting(kvn_device_conn* conn, kvn_device_notification_setting* setting) {
-    return cmd::get_record(conn, kNotification, kNotificationFields, setting);
+    return cmd::get(conn, id::device_notification, kNotification, setting);
 }
 KVN_API int32_t kvn_reset_device_notification_setting(kvn_device_conn* conn) {
-    return cmd::reset(conn, kNotification);
+    return cmd::reset(conn, id::device_notification);
 }
 
 }  // extern "C"
