@@ -1,0 +1,56 @@
+// Every command export as a call with placeholder arguments (generated from the
+// header by exports.cmake): pointers into a zeroed arena, one region per
+// parameter, and integers of 1.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <type_traits>
+#include <vector>
+
+#include "kvnsdk2.h"
+
+namespace kvntest {
+
+class Args {
+public:
+    static constexpr size_t kSlot = 512 * 1024;  // the largest record fits
+    static constexpr size_t kSlots = 6;
+
+    kvn_device_conn* conn = nullptr;
+
+    struct AnyPtr {
+        void* p;
+        template <class T>
+        operator T*() const {  // NOLINT: converts to whatever the export takes
+            return static_cast<T*>(p);
+        }
+    };
+    struct AnyNum {
+        template <class T, class = std::enable_if_t<std::is_arithmetic_v<T>>>
+        operator T() const {  // NOLINT
+            return T(1);
+        }
+    };
+    AnyPtr ptr(int i) { return AnyPtr{arena_.get() + static_cast<size_t>(i) * kSlot / sizeof(std::max_align_t)}; }
+    static AnyNum num() { return AnyNum{}; }
+    void clear() { std::memset(arena_.get(), 0, kSlot * kSlots); }
+
+private:
+    std::unique_ptr<std::max_align_t[]> arena_{new std::max_align_t[kSlot * kSlots / sizeof(std::max_align_t)]()};
+};
+
+struct ExportCall {
+    const char* name;
+    int32_t (*call)(Args&);
+};
+
+inline const std::vector<ExportCall>& export_calls() {
+    static const std::vector<ExportCall> calls = {
+#include "export_calls.inc"
+    };
+    return calls;
+}
+
+}  // namespace kvntest

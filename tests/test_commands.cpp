@@ -1,0 +1,90 @@
+// Every command export sends the request type and command id of the command table
+// (tests/command_table.txt, transcribed by hand), whatever its arguments.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <map>
+#include <mutex>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <utility>
+
+#include "exports.h"
+#include "peer.h"
+
+namespace {
+
+const char kTable[] =
+#include "command_table.inc"
+    ;
+
+std::map<std::string, std::pair<uint32_t, uint32_t>> table() {  // export -> (request word, command id)
+    const std::map<std::string, uint32_t> types = {{"set", 1}, {"get", 2}, {"reset", 3}, {"upload", 4}, {"download", 5}};
+    std::map<std::string, std::pair<uint32_t, uint32_t>> rows;
+    std::istringstream in(kTable);
+    for (std::string line; std::getline(in, line);) {
+        if (line.empty() || line[0] == '#') continue;
+        std::istringstream row(line);
+        uint32_t id = 0;
+        std::string type, name;
+        row >> id >> type >> name;
+        rows[name] = {KVN_REQUEST_WORD(types.at(type)), id};
+    }
+    return rows;
+}
+
+}  // namespace
+
+TEST(Commands, EveryExportSendsTheTablesRequestTypeAndCommandId) {
+    const auto rows = table();
+    std::mutex mu;
+    std::vector<std::pair<uint32_t, uint32_t>> seen;  // (request word, command id) of each request
+    kvntest::LoopbackPeer peer([&](kvntest::sock_t s) {
+        for (;;) {
+            const kvntest::Bytes r = kvntest::read_request(s);
+            if (r.size() < 28) return;
+            {
+                std::lock_guard<std::mutex> lock(mu);
+                seen.emplace_back(kvntest::get_le32(&r[8]), kvntest::get_le32(&r[16]));
+            }
+            kvntest::write_bytes(s, kvntest::response(0));
+        }
+    });
+    kvntest::Args args;
+    kvn_device_conn c = peer.conn();
+    ASSERT_EQ(kvn_open_device_conn(&c), 0);
+    args.conn = &c;
+    size_t tested = 0;
+    for (const auto& e : kvntest::export_calls()) {
+        const auto row = rows.find(e.name);
+        if (row == rows.end()) {
+            ADD_FAILURE() << e.name << " is not in the command table";
+            continue;
+        }
+        size_t before;
+        {
+            std::lock_guard<std::mutex> lock(mu);
+            before = seen.size();
+        }
+        args.clear();
+        e.call(args);
+        // A call that reads no answer returns before its request has been read.
+        std::pair<uint32_t, uint32_t> first{0, 0};
+        for (int i = 0; i < 200; ++i) {
+            {
+                std::lock_guard<std::mutex> lock(mu);
+                if (seen.size() > before) {
+                    first = seen[before];
+                    break;
+                }
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+        EXPECT_EQ(first, row->second) << e.name;
+        ++tested;
+    }
+    kvn_close_device_conn(&c);
+    EXPECT_EQ(tested, kvntest::export_calls().size());
+    EXPECT_GE(tested, 54u);  // the command exports there were when this test was written
+}
