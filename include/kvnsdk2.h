@@ -194,7 +194,7 @@ KVN_API int32_t kvn_send_command(kvn_device_conn *conn, const uint32_t *request_
  * @param[in,out] length  capacity of @p buffer on entry, payload length on return.
  * @par Request: none (reads the answer to the request just sent).
  * @return 0 when the answer carries a payload; without one, the terminal's status,
- *                        returned unchanged (it may be any value); or:
+ *         returned unchanged (it may be any value); or:
  * @retval -1 payload of @p length bytes or more: it stays unread and @p length unchanged.
  * @retval -2 read failure or timeout.
  * @retval -6 CRC mismatch, after the whole frame was read.
