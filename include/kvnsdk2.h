@@ -10,6 +10,27 @@
  * same time. Calls on one connection must not overlap: each response is read as
  * the answer to the last request sent on that connection.
  */
+/**
+ * @file kvnsdk2.h
+ * @brief The kvnsdk2 C interface: link, frames, TLV codec, status codes, command families.
+ *
+ * Each command function is one exchange with the terminal: it encodes the caller's
+ * record, sends one request frame, reads the answer and decodes it into the record.
+ * Its comment names the request it sends, as in "Request: get (0x00020002), command 104".
+ *
+ * Status codes of the command functions:
+ * - 0: success. A set whose answer carries a payload also returns 0.
+ * - -1 ("TLV buffer overflow"): a record too large for the request (nothing is sent), an
+ *   answer at least as long as the function's buffer, or a malformed answer.
+ * - -2, -3: read or write failure or timeout; -6: CRC mismatch; -12: the answer does not
+ *   start with the sync word. The link may then hold unread bytes: close and reopen it.
+ * - any other value is the terminal's status for the request, returned unchanged.
+ *
+ * Given a null connection they return -3, given a null record -1, sending nothing. A failed
+ * read leaves the record as it was, except for fields decoded before a malformed element.
+ * Reads store only the fields the answer carries; a text takes at most the field's size
+ * and no NUL is added, so clear a record before reading into it.
+ */
 #ifndef KVNSDK2_H
 #define KVNSDK2_H
 
@@ -50,72 +71,266 @@ typedef int kvn_handle_t;       /* file descriptor */
 #endif
 
 /* conn_type values: 0 is a serial line, any other value is TCP. */
+/** conn_type of a serial line. */
 #define KVN_CONN_SERIAL 0u
+/** conn_type of a TCP connection (any value other than 0 selects TCP). */
 #define KVN_CONN_TCP 1u
 
 /* Transport block, filled by kvn_open_device_conn(). */
+/** Transport block inside kvn_device_conn; the raw movers take its address. */
 typedef struct kvn_conn_link {
+    /** KVN_CONN_SERIAL or KVN_CONN_TCP, set by the caller. */
     uint32_t conn_type;
+    /** TCP socket (a file descriptor; a SOCKET on Windows), set by kvn_open_device_conn(). */
     kvn_socket_t socket;
+    /** Neither read nor written. */
     uint32_t reserved;
+    /** Serial port (a file descriptor; a HANDLE on Windows), set by kvn_open_device_conn(). */
     kvn_handle_t serial_handle;
 } kvn_conn_link;
 
 /* The caller's connection record. */
+/** The caller's connection record: where the terminal is, and the open link. */
 typedef struct kvn_device_conn {
     uint32_t header_id;          /* copied into word 1 of every request frame */
     const char *ip_address;      /* dotted IPv4 text, TCP */
     uint16_t port;               /* TCP port, host byte order */
     const wchar_t *serial_port;  /* device name, serial (for example L"/dev/ttyUSB0" or L"\\\\.\\COM3") */
     uint32_t baud_rate;          /* serial line speed in bits per second */
+    /** Neither read nor written. */
     uint32_t reserved[2];
+    /** Transport block, filled by kvn_open_device_conn(). */
     kvn_conn_link link;
 } kvn_device_conn;
 
+/**
+ * Opens the TCP connection or the serial line (raw, 8N1) that @p conn describes. Close
+ * the record with kvn_close_device_conn() afterwards, also after a failed open.
+ * @param[in,out] conn  connection record; its link block receives the socket or handle.
+ * @par Request: none (opens the link).
+ * @return 0 on success, or:
+ * @retval -5 the terminal cannot be reached, or the serial port cannot be opened or queried.
+ * @retval -3 the serial port refuses its settings (for example an unsupported baud rate).
+ */
 KVN_API int32_t kvn_open_device_conn(kvn_device_conn *conn);
+
+/**
+ * Closes the link of @p conn. The socket or handle stays in the record: close once.
+ * @param[in] conn  connection record.
+ * @par Request: none (closes the link).
+ * @retval 0 closed; a serial line always reports 0.
+ * @retval -1 the socket could not be closed, or @p conn is null.
+ */
 KVN_API int32_t kvn_close_device_conn(kvn_device_conn *conn);
+
 /* Raw byte movers; pass &conn->link, not the whole record. */
+/**
+ * Writes @p count bytes to the link, all of them or fails.
+ * @param[in] link   &conn->link of an open connection.
+ * @param[in] data   the bytes.
+ * @param[in] count  number of bytes; 0 returns at once.
+ * @par Request: none (raw bytes, no frame).
+ * @retval 0 all bytes written.
+ * @retval -3 write failure, or no progress within the TCP write wait (kvn_ext_set_timeouts()).
+ */
 KVN_API int32_t kvn_send_data(kvn_conn_link *link, const uint8_t *data, uint32_t count);
+
+/**
+ * Reads exactly @p count bytes from the link.
+ * @param[in] link     &conn->link of an open connection.
+ * @param[out] buffer  receives the bytes; after a failure it holds those that arrived.
+ * @param[in] count    number of bytes; 0 returns at once.
+ * @par Request: none (raw bytes, no frame).
+ * @retval 0 all bytes read.
+ * @retval -2 read failure, the peer closed, or no data within the TCP read wait.
+ */
 KVN_API int32_t kvn_receive_data(kvn_conn_link *link, uint8_t *buffer, uint32_t count);
 
 /* ------------------------------------------------------------------------- */
 /* Frames                                                                    */
 /* ------------------------------------------------------------------------- */
 
+/** First word of every frame; it travels as the bytes DD CC BB AA. */
 #define KVN_SYNC_WORD 0xAABBCCDDu
+/** Request type: write a settings group, or an action that carries a payload. */
 #define KVN_REQ_SET 1u
+/** Request type: read a settings group, or run a query. */
 #define KVN_REQ_GET 2u
+/** Request type: reset a settings group to its defaults, delete, reboot. */
 #define KVN_REQ_RESET 3u
+/** Request type: send a file to the terminal. */
 #define KVN_REQ_UPLOAD 4u
+/** Request type: fetch a file from the terminal. */
 #define KVN_REQ_DOWNLOAD 5u
 /* Request word: request type in the high 16 bits, 2 in the low 16 bits. */
+/** Request word of a request type: KVN_REQUEST_WORD(KVN_REQ_GET) is 0x00020002. */
 #define KVN_REQUEST_WORD(type) ((uint32_t)(((uint32_t)(type) << 16) | 2u))
 /* Largest request payload that fits one request frame. */
+/** Largest payload kvn_send_command() sends, in bytes. */
 #define KVN_MAX_REQUEST_PAYLOAD 511972u
 
+/**
+ * Sends one request frame (header, payload, CRC-32) in one write; read the answer with
+ * kvn_receive_response() before anything else is sent.
+ * @param[in] conn            open connection; its header_id goes into the header.
+ * @param[in] request_word    KVN_REQUEST_WORD() of the request type.
+ * @param[in] command_id      command id.
+ * @param[in] payload         TLV payload, or NULL.
+ * @param[in] payload_length  payload bytes, at most KVN_MAX_REQUEST_PAYLOAD.
+ * @par Request: the given request word and command id.
+ * @retval 0 sent.
+ * @retval -1 payload longer than KVN_MAX_REQUEST_PAYLOAD; nothing is sent.
+ * @retval -3 write failure or timeout.
+ */
 KVN_API int32_t kvn_send_command(kvn_device_conn *conn, const uint32_t *request_word, uint32_t command_id,
                                  const uint8_t *payload, uint32_t payload_length);
+
 /* *length holds the buffer's capacity on entry and the received payload length on return.
  * A payload as long as the capacity or longer is refused with -1 (one byte always stays spare). */
+/**
+ * Reads the answer to the last request and checks its sync word and CRC.
+ * @param[in] conn        open connection.
+ * @param[out] buffer     receives the payload.
+ * @param[in,out] length  capacity of @p buffer on entry, payload length on return.
+ * @par Request: none (reads the answer to the request just sent).
+ * @return 0 when the answer carries a payload; without one, the terminal's status,
+ *         returned unchanged (it may be any value); or:
+ * @retval -1 payload of @p length bytes or more: it stays unread and @p length unchanged.
+ * @retval -2 read failure or timeout.
+ * @retval -6 CRC mismatch, after the whole frame was read.
+ * @retval -12 the answer does not start with the sync word; the rest stays unread.
+ */
 KVN_API int32_t kvn_receive_response(kvn_device_conn *conn, uint8_t *buffer, uint32_t *length);
+
+/**
+ * Sends a reset request without payload and reads the answer; its payload is discarded.
+ * @param[in] conn        open connection.
+ * @param[in] command_id  command id of the settings group.
+ * @par Request: reset (0x00030002), the given command id.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_send_reset_command(kvn_device_conn *conn, uint32_t command_id);
+
 /* CRC-32 of a 20-byte request header (words 1 to 4 and the payload length). */
+/**
+ * CRC-32 (IEEE 802.3, as in zlib) of frame bytes 4 to 23 of a request. For a request
+ * without payload it is the frame's CRC.
+ * @param[in] header20  header words 1 to 4 and the payload length, little-endian.
+ * @par Request: none (a computation).
+ * @return the CRC; 0 for a null pointer.
+ */
 KVN_API uint32_t kvn_calculate_req_header_crc(const uint8_t *header20);
 
 /* ------------------------------------------------------------------------- */
 /* TLV primitives: each takes a cursor and a remaining count and moves both.  */
 /* ------------------------------------------------------------------------- */
 
+/**
+ * Writes one tag byte.
+ * @param[in] tag            the tag; 0xFF is never a valid tag.
+ * @param[in,out] cursor     write position, advanced past what is written.
+ * @param[in,out] remaining  bytes left in the buffer, lowered by the same count.
+ * @par Request: none (works on the caller's buffer).
+ * @retval 0 written.
+ * @retval -1 no byte left.
+ */
 KVN_API int32_t kvn_set_tlv_tag(uint8_t tag, uint8_t **cursor, uint32_t *remaining);
+
+/**
+ * Writes a length in its shortest form: one byte below 128, else 0x81, 0x82 or 0x84
+ * followed by 1, 2 or 4 big-endian bytes.
+ * @param[in] length         the value's length.
+ * @param[in,out] cursor     write position, advanced past what is written.
+ * @param[in,out] remaining  bytes left in the buffer, lowered by the same count.
+ * @par Request: none (works on the caller's buffer).
+ * @retval 0 written.
+ * @retval -1 the form does not fit; nothing is written.
+ */
 KVN_API int32_t kvn_set_tlv_length(uint32_t length, uint8_t **cursor, uint32_t *remaining);
+
+/**
+ * Writes a length in the five-byte form (0x84 and four big-endian bytes), whatever its value.
+ * @param[in] length         the value's length.
+ * @param[in,out] cursor     write position, advanced past what is written.
+ * @param[in,out] remaining  bytes left in the buffer, lowered by the same count.
+ * @par Request: none (works on the caller's buffer).
+ * @retval 0 written.
+ * @retval -1 fewer than 5 bytes left; nothing is written.
+ */
 KVN_API int32_t kvn_set_tlv_4byte_length(uint32_t length, uint8_t **cursor, uint32_t *remaining);
+
+/**
+ * Copies a value as it is.
+ * @param[in] value          the bytes; may be NULL when @p length is 0.
+ * @param[in] length         number of bytes.
+ * @param[in,out] cursor     write position, advanced past what is written.
+ * @param[in,out] remaining  bytes left in the buffer, lowered by the same count.
+ * @par Request: none (works on the caller's buffer).
+ * @retval 0 written.
+ * @retval -1 fewer than @p length bytes left; nothing is written.
+ */
 KVN_API int32_t kvn_set_tlv_data(const void *value, uint32_t length, uint8_t **cursor, uint32_t *remaining);
+
 /* Returns 0, -1, or 65535 when the length form does not fit (tag stays written). */
+/**
+ * Writes one element: tag, length in its shortest form, value.
+ * @param[in] tag            the tag.
+ * @param[in] value          the value's bytes.
+ * @param[in] length         number of value bytes.
+ * @param[in,out] cursor     write position, advanced past what is written.
+ * @param[in,out] remaining  bytes left in the buffer, lowered by the same count.
+ * @par Request: none (works on the caller's buffer).
+ * @retval 0 written.
+ * @retval -1 no byte left, or the value does not fit (tag and length stay written).
+ * @retval 65535 the length does not fit (the tag stays written).
+ */
 KVN_API int32_t kvn_create_tlv(uint8_t tag, const void *value, uint32_t length, uint8_t **cursor, uint32_t *remaining);
+
+/**
+ * Moves the cursor past @p count bytes.
+ * @param[in] count          number of bytes.
+ * @param[in,out] cursor     position, advanced by @p count.
+ * @param[in,out] remaining  bytes left, lowered by @p count.
+ * @par Request: none (works on the caller's buffer).
+ * @retval 0 moved.
+ * @retval -1 fewer than @p count bytes left; nothing moves.
+ */
 KVN_API int32_t kvn_skip_tlv_length(uint32_t count, uint8_t **cursor, uint32_t *remaining);
+
+/**
+ * Reads a length: a first byte below 0x80 is the length, else its low four bits count
+ * the big-endian bytes that follow (a count of 0: length 0).
+ * @param[in,out] cursor     read position, advanced past what is read.
+ * @param[in,out] remaining  unread bytes, lowered by the same count.
+ * @par Request: none (works on the caller's buffer).
+ * @return the length (a four-byte length of 0x80000000 or more comes back negative), or:
+ * @retval -1 the input runs out.
+ */
 KVN_API int32_t kvn_read_tlv_length(uint8_t **cursor, uint32_t *remaining);
+
+/**
+ * Reads one tag byte.
+ * @param[in,out] cursor     read position, advanced past what is read.
+ * @param[in,out] remaining  unread bytes, lowered by the same count.
+ * @par Request: none (works on the caller's buffer).
+ * @return the tag as a signed 8-bit value (tags 0x80 to 0xFF come back negative), or:
+ * @retval -1 nothing left to read (the same value as tag 0xFF).
+ */
 KVN_API int32_t kvn_read_tlv_tag(uint8_t **cursor, uint32_t *remaining);
+
 /* On a match the cursor is left on the value and *remaining counts the bytes after it. */
+/**
+ * Finds the first element whose tag is @p tag. On a match the cursor is on its value and
+ * @p remaining counts the bytes after the value; advance the cursor by the length yourself.
+ * @param[in,out] cursor     read position.
+ * @param[in,out] remaining  unread bytes.
+ * @param[in] tag            the tag to find; tags 0x80 to 0xFE never match.
+ * @par Request: none (works on the caller's buffer).
+ * @return the value's length, or:
+ * @retval -1 not found, or the input ends or turns malformed first.
+ */
 KVN_API int32_t kvn_serch_tlv_tag(uint8_t **cursor, uint32_t *remaining, uint8_t tag);
 
 /* ------------------------------------------------------------------------- */
@@ -123,6 +338,7 @@ KVN_API int32_t kvn_serch_tlv_tag(uint8_t **cursor, uint32_t *remaining, uint8_t
 /* ------------------------------------------------------------------------- */
 
 /* Every status code with its message, X(code, NAME, "message"). */
+/** Every status code with its message, sorted by code; codes from -1001 down are the terminal's. */
 #define KVN_STATUS_LIST(X) \
     X(0, SUCCESS, "Success") \
     X(-1, TLV_BUFFER_OVERFLOW, "TLV buffer overflow") \
@@ -259,6 +475,7 @@ KVN_API int32_t kvn_serch_tlv_tag(uint8_t **cursor, uint32_t *remaining, uint8_t
     X(-11007, VPN_CERTIFICATE_BAD_FORMAT, "Incorrect format. Only certificate files with (.pfx, .p12, .crt) file types can be uploaded.") \
     X(-11008, INVALID_VPN_CERTIFICATE_OR_PASSWORD, "Invalid VPN Certificate or Password")
 
+/** Status codes by name: KVN_E_<NAME> for each entry of KVN_STATUS_LIST(), and KVN_SUCCESS. */
 enum kvn_status {
 #define KVN_STATUS_ENUM_(code, name, text) KVN_E_##name = (code),
     KVN_STATUS_LIST(KVN_STATUS_ENUM_)
@@ -267,6 +484,7 @@ enum kvn_status {
 };
 
 /* Longest message plus its NUL; "Error : <code>" for codes without one fits too. */
+/** Buffer size for kvn_utils_get_status_code_string(). */
 #define KVN_STATUS_TEXT_MAX 93
 
 /* ------------------------------------------------------------------------- */
@@ -274,11 +492,52 @@ enum kvn_status {
 /* ------------------------------------------------------------------------- */
 
 /* Writes the message of code (or "Error : <code>") into text; give it KVN_STATUS_TEXT_MAX bytes. */
+/**
+ * Writes the message of a status code, or "Error : <code>" for a code without one.
+ * @param[in] code   any status code.
+ * @param[out] text  at least KVN_STATUS_TEXT_MAX bytes; receives NUL-terminated text.
+ * @par Request: none (a library function).
+ * @return always 0.
+ */
 KVN_API int32_t kvn_utils_get_status_code_string(int32_t code, char *text);
+
+/**
+ * The library's version.
+ * @par Request: none (a library function).
+ * @return the constant text "1.4.0.0", valid for the life of the process.
+ */
 KVN_API const char *kvn_get_sdk2_version(void);
+
+/**
+ * Checks that the first @p count bytes are ASCII letters or digits. Bytes 0x80 to 0xFF
+ * pass; a rejected byte is reported as a diagnostic line ("char %c").
+ * @param[in] text   the bytes.
+ * @param[in] count  number of bytes; below 1 nothing is checked.
+ * @par Request: none (a library function).
+ * @retval 0 every byte passes.
+ * @retval -1009 a byte is rejected ("Invalid value received").
+ */
 KVN_API int32_t kvn_utils_validate_alphanumeric_string(const char *text, int32_t count);
+
+/**
+ * Converts dotted IPv4 text to the integer that payloads carry: "192.168.1.10" gives
+ * 0xC0A8010A.
+ * @param[in] text      1 to 15 characters: four decimal numbers of at most 255, three dots.
+ * @param[out] address  the integer; written only on success.
+ * @par Request: none (a library function).
+ * @retval 0 converted.
+ * @retval -15 not such a text ("Invalid IP address").
+ */
 KVN_API int32_t kvn_convert_ip_string_to_int(const char *text, uint32_t *address);
+
 /* text needs 16 bytes. Returns the number of characters written. */
+/**
+ * Writes an address integer as dotted text, the top byte first: 0x0A000001 gives "10.0.0.1".
+ * @param[in] address  the integer.
+ * @param[out] text    at least 16 bytes; receives NUL-terminated text.
+ * @par Request: none (a library function).
+ * @return the number of characters written, 7 to 15.
+ */
 KVN_API int32_t kvn_convert_ip_int_to_string(uint32_t address, char *text);
 
 /* ------------------------------------------------------------------------- */
@@ -289,12 +548,36 @@ KVN_API int32_t kvn_convert_ip_int_to_string(uint32_t address, char *text);
 /* Per-chunk waits of TCP reads and writes and the TCP connect wait, in milliseconds.
  * Defaults: read 120000, write 60000, connect 0 (0 = the platform's own connect behaviour).
  * A negative value leaves that setting as it is. Always returns 0. */
+/**
+ * Sets the TCP waits of every connection, in milliseconds; a negative value keeps that one.
+ * @param[in] read_ms     wait for each chunk of a read (default 120000).
+ * @param[in] write_ms    wait for each chunk of a write (default 60000).
+ * @param[in] connect_ms  limit of a connect (default 0: the platform's own behaviour).
+ * @par Request: none (a library option).
+ * @return always 0.
+ */
 KVN_API int32_t kvn_ext_set_timeouts(int32_t read_ms, int32_t write_ms, int32_t connect_ms);
+
+/**
+ * Reads the TCP waits set by kvn_ext_set_timeouts(), in milliseconds.
+ * @param[out] read_ms     read wait; may be NULL.
+ * @param[out] write_ms    write wait; may be NULL.
+ * @param[out] connect_ms  connect limit, 0 for the platform's own; may be NULL.
+ * @par Request: none (a library option).
+ */
 KVN_API void kvn_ext_get_timeouts(int32_t *read_ms, int32_t *write_ms, int32_t *connect_ms);
 
 /* Receives the library's diagnostic lines (each as printf would have printed it).
  * NULL restores the default, which prints to standard output. */
+/** Receiver of diagnostic lines: the context given with it, and one line. */
 typedef void (*kvn_ext_diagnostic_fn)(void *context, const char *line);
+
+/**
+ * Sends the library's diagnostic lines to @p sink instead of standard output.
+ * @param[in] sink     the receiver, or NULL for standard output again.
+ * @param[in] context  passed to every call of @p sink.
+ * @par Request: none (a library option).
+ */
 KVN_API void kvn_ext_set_diagnostic_sink(kvn_ext_diagnostic_fn sink, void *context);
 
 /* @@FAMILIES@@ Command families are declared below, one section each. */
@@ -303,11 +586,15 @@ KVN_API void kvn_ext_set_diagnostic_sink(kvn_ext_diagnostic_fn sink, void *conte
 /* Indication: LED, buzzer, audio, images, LCD, device notification          */
 /* ------------------------------------------------------------------------- */
 
+/** Entries of the LED settings (command 104). */
 #define KVN_LED_COUNT 17
+/** Entries of the buzzer settings (command 111). */
 #define KVN_BUZZER_COUNT 18
+/** Entries of the audio settings (command 110). */
 #define KVN_AUDIO_COUNT 18
 
 /* One LED entry; also one buzzer entry. */
+/** One LED entry (command 104), also one buzzer entry (command 111). */
 typedef struct kvn_led_setting {
     uint32_t index;        /* tag 3: 1-based entry number */
     uint8_t enable;        /* tag 2 */
@@ -315,6 +602,7 @@ typedef struct kvn_led_setting {
     uint32_t matrix[3][3]; /* [row][column]: tag 4 + 3 * row + column */
 } kvn_led_setting;
 
+/** One audio entry (command 110). */
 typedef struct kvn_audio_setting {
     uint32_t index;        /* tag 3: 1-based entry number */
     char short_text[51];   /* tag 4 */
@@ -323,6 +611,7 @@ typedef struct kvn_audio_setting {
     uint32_t value;        /* tag 8 in the single-entry set, 7 otherwise */
 } kvn_audio_setting;
 
+/** What kvn_play_audio() plays; empty texts are not sent. */
 typedef struct kvn_audio_play_request {
     char short_text[51];   /* tag 4 */
     char long_text[256];   /* tag 6 */
@@ -332,27 +621,36 @@ typedef struct kvn_audio_play_request {
 /* Lists read by kvn_retrieve_audio_list (tags 11 and 12) and kvn_retrieve_image_list
  * (tags 1 and 2): the k-th element of each tag fills entry k. Entries beyond
  * KVN_MEDIA_LIST_MAX are counted in `total` but not stored. */
+/** Entries a kvn_media_list holds. */
 #define KVN_MEDIA_LIST_MAX 64
+/** One entry of an audio or image list. */
 typedef struct kvn_media_list_entry {
+    /** Name: audio list tag 11, image list tag 1; at most 50 bytes and a NUL. */
     char name[51];
+    /** Text: audio list tag 12, image list tag 2; at most 50 bytes and a NUL. */
     char text[51];
 } kvn_media_list_entry;
 
+/** An audio or image list, rebuilt by every read the terminal answers. */
 typedef struct kvn_media_list {
     uint32_t count;   /* entries stored */
     uint32_t total;   /* entries the terminal reported */
+    /** The entries; the first `count` are valid. */
     kvn_media_list_entry entries[KVN_MEDIA_LIST_MAX];
 } kvn_media_list;
 
+/** The image kvn_display_image() shows. */
 typedef struct kvn_display_image_request {
     char name[51];         /* tag 3 */
 } kvn_display_image_request;
 
+/** LCD settings (command 149). */
 typedef struct kvn_lcd_setting {
     uint32_t value;        /* tag 1 */
     char short_text[51];   /* tag 2 */
 } kvn_lcd_setting;
 
+/** Device notification settings (command 507). */
 typedef struct kvn_device_notification_setting {
     uint8_t flag;          /* tag 1 */
     char text_a[129];      /* tag 2 */
@@ -363,34 +661,265 @@ typedef struct kvn_device_notification_setting {
 
 /* Entry numbers are 1-based: entry n is element n - 1. An entry number outside
  * the array gives KVN_E_INVALID_VALUE_RECEIVED without sending anything. */
+/**
+ * Writes one LED entry.
+ * @param[in] conn   open connection.
+ * @param[in] leds   the caller's array; only element @p entry - 1 is sent.
+ * @param[in] entry  1-based entry number.
+ * @par Request: set (0x00010002), command 104.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1009 @p entry outside 1 to KVN_LED_COUNT; nothing is sent.
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_set_single_led_setting(kvn_device_conn *conn, const kvn_led_setting *leds, uint32_t entry);
+
+/**
+ * Writes all LED entries.
+ * @param[in] conn  open connection.
+ * @param[in] leds  KVN_LED_COUNT entries, sent in array order.
+ * @par Request: set (0x00010002), command 104.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_set_all_led_setting(kvn_device_conn *conn, const kvn_led_setting *leds /* [KVN_LED_COUNT] */);
+
+/**
+ * Reads the LED entries.
+ * @param[in] conn   open connection.
+ * @param[out] leds  KVN_LED_COUNT entries, each updated from the answer's entry of its number.
+ * @par Request: get (0x00020002), command 104.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_get_led_setting(kvn_device_conn *conn, kvn_led_setting *leds /* [KVN_LED_COUNT] */);
+
+/**
+ * Resets the LED settings to the terminal's defaults.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 104.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_reset_led_setting(kvn_device_conn *conn);
+
+/**
+ * Writes one buzzer entry.
+ * @param[in] conn     open connection.
+ * @param[in] buzzers  the caller's array; only element @p entry - 1 is sent.
+ * @param[in] entry    1-based entry number.
+ * @par Request: set (0x00010002), command 111.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1009 @p entry outside 1 to KVN_BUZZER_COUNT; nothing is sent.
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_set_single_buzzer_setting(kvn_device_conn *conn, const kvn_led_setting *buzzers, uint32_t entry);
+
+/**
+ * Writes all buzzer entries.
+ * @param[in] conn     open connection.
+ * @param[in] buzzers  KVN_BUZZER_COUNT entries, sent in array order.
+ * @par Request: set (0x00010002), command 111.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_set_all_buzzer_setting(kvn_device_conn *conn, const kvn_led_setting *buzzers /* [KVN_BUZZER_COUNT] */);
+
+/**
+ * Reads the buzzer entries.
+ * @param[in] conn      open connection.
+ * @param[out] buzzers  KVN_BUZZER_COUNT entries, each updated from the answer's entry
+ *                      of its number.
+ * @par Request: get (0x00020002), command 111.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_get_buzzer_setting(kvn_device_conn *conn, kvn_led_setting *buzzers /* [KVN_BUZZER_COUNT] */);
+
+/**
+ * Resets the buzzer settings to the terminal's defaults.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 111.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_reset_buzzer_setting(kvn_device_conn *conn);
+
+/**
+ * Writes one audio entry: texts as whole arrays, value under tag 8.
+ * @param[in] conn   open connection.
+ * @param[in] audio  the caller's array; only element @p entry - 1 is sent.
+ * @param[in] entry  1-based entry number.
+ * @par Request: set (0x00010002), command 110.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1009 @p entry outside 1 to KVN_AUDIO_COUNT; nothing is sent.
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_set_single_audio_setting(kvn_device_conn *conn, const kvn_audio_setting *audio, uint32_t entry);
+
+/**
+ * Writes all audio entries: texts at their own length, value under tag 7.
+ * @param[in] conn   open connection.
+ * @param[in] audio  KVN_AUDIO_COUNT entries, sent in array order.
+ * @par Request: set (0x00010002), command 110.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_set_all_audio_setting(kvn_device_conn *conn, const kvn_audio_setting *audio /* [KVN_AUDIO_COUNT] */);
+
+/**
+ * Reads the audio entries; each text receives at most 51 bytes.
+ * @param[in] conn    open connection.
+ * @param[out] audio  KVN_AUDIO_COUNT entries, each updated from the answer's entry of its number.
+ * @par Request: get (0x00020002), command 110.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_get_audio_setting(kvn_device_conn *conn, kvn_audio_setting *audio /* [KVN_AUDIO_COUNT] */);
+
+/**
+ * Resets the audio settings to the terminal's defaults.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 110.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_reset_audio_setting(kvn_device_conn *conn);
+
+/**
+ * Plays audio on the terminal.
+ * @param[in] conn     open connection.
+ * @param[in] request  what to play.
+ * @par Request: set (0x00010002), command 801.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_play_audio(kvn_device_conn *conn, const kvn_audio_play_request *request);
+
+/**
+ * Stops audio playback. The request carries 20480 zero bytes, which the terminal ignores.
+ * @param[in] conn  open connection.
+ * @par Request: set (0x00010002), command 802.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_stop_audio(kvn_device_conn *conn);
+
+/**
+ * Reads the list of audio files (names under tag 11, texts under tag 12).
+ * @param[in] conn   open connection.
+ * @param[out] list  rebuilt from the answer; entries past KVN_MEDIA_LIST_MAX are only counted.
+ * @par Request: get (0x00020002), command 803.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_retrieve_audio_list(kvn_device_conn *conn, kvn_media_list *list);
+
+/**
+ * Reads the list of images (names under tag 1, texts under tag 2).
+ * @param[in] conn   open connection.
+ * @param[out] list  rebuilt from the answer; entries past KVN_MEDIA_LIST_MAX are only counted.
+ * @par Request: get (0x00020002), command 140.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_retrieve_image_list(kvn_device_conn *conn, kvn_media_list *list);
+
+/**
+ * Shows an image on the terminal's display.
+ * @param[in] conn     open connection.
+ * @param[in] request  the image's name.
+ * @par Request: set (0x00010002), command 205.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_display_image(kvn_device_conn *conn, const kvn_display_image_request *request);
+
+/**
+ * Writes the LCD settings.
+ * @param[in] conn     open connection.
+ * @param[in] setting  the settings; an empty text is not sent.
+ * @par Request: set (0x00010002), command 149.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_set_lcd_settings(kvn_device_conn *conn, const kvn_lcd_setting *setting);
+
+/**
+ * Reads the LCD settings.
+ * @param[in] conn      open connection.
+ * @param[out] setting  receives the fields the answer carries.
+ * @par Request: get (0x00020002), command 149.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_get_lcd_settings(kvn_device_conn *conn, kvn_lcd_setting *setting);
+
+/**
+ * Resets the LCD settings to the terminal's defaults.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 149.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_reset_lcd_settings(kvn_device_conn *conn);
+
+/**
+ * Writes the device notification settings.
+ * @param[in] conn     open connection.
+ * @param[in] setting  the settings; empty texts are not sent.
+ * @par Request: set (0x00010002), command 507.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_set_device_notification_setting(kvn_device_conn *conn, const kvn_device_notification_setting *setting);
+
+/**
+ * Reads the device notification settings.
+ * @param[in] conn      open connection.
+ * @param[out] setting  receives the fields the answer carries.
+ * @par Request: get (0x00020002), command 507.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_get_device_notification_setting(kvn_device_conn *conn, kvn_device_notification_setting *setting);
+
+/**
+ * Resets the device notification settings to the terminal's defaults.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 507.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_reset_device_notification_setting(kvn_device_conn *conn);
 
 /* ------------------------------------------------------------------------- */
 /* Biometric and multi-user verification settings                            */
 /* ------------------------------------------------------------------------- */
 
+/** Biometric settings (command 108); setting_n travels under tag n. */
 typedef struct kvn_biometric_setting {
     uint32_t setting_1;   /* tag 1 */
     uint32_t setting_2;   /* tag 2 */
@@ -407,49 +936,115 @@ typedef struct kvn_biometric_setting {
     uint32_t setting_15;  /* tag 15 */
 } kvn_biometric_setting;
 
+/** One group of the multi-user verification settings. */
 typedef struct kvn_verification_group {
     uint32_t group_value_a;  /* tag 5 */
     char group_text[64];     /* tag 6 */
     uint32_t group_value_b;  /* tag 7 */
 } kvn_verification_group;
 
+/** Multi-user verification settings (command 139). */
 typedef struct kvn_multi_user_verification_setting {
     uint32_t value;          /* tag 1 */
     uint8_t flag;            /* tag 2 */
     kvn_verification_group groups[3];  /* tag 3 each, position under tag 4 */
 } kvn_multi_user_verification_setting;
 
+/**
+ * Writes the biometric settings; every field is sent.
+ * @param[in] conn     open connection.
+ * @param[in] setting  the settings.
+ * @par Request: set (0x00010002), command 108.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_set_biometric_setting(kvn_device_conn *conn, const kvn_biometric_setting *setting);
+
+/**
+ * Reads the biometric settings.
+ * @param[in] conn      open connection.
+ * @param[out] setting  receives the fields the answer carries.
+ * @par Request: get (0x00020002), command 108.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_get_biometric_setting(kvn_device_conn *conn, kvn_biometric_setting *setting);
+
+/**
+ * Resets the biometric settings to the terminal's defaults.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 108.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_reset_biometric_setting(kvn_device_conn *conn);
+
+/**
+ * Writes the multi-user verification settings; all three groups are sent.
+ * @param[in] conn     open connection.
+ * @param[in] setting  the settings.
+ * @par Request: set (0x00010002), command 139.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_set_multi_user_verification_setting(kvn_device_conn *conn, const kvn_multi_user_verification_setting *setting);
+
+/**
+ * Reads the multi-user verification settings.
+ * @param[in] conn      open connection.
+ * @param[out] setting  receives the fields the answer carries; a group is chosen
+ *                      by its position (0 to 2), its text keeps at most 63 bytes and a NUL.
+ * @par Request: get (0x00020002), command 139.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_get_multi_user_verification_setting(kvn_device_conn *conn, kvn_multi_user_verification_setting *setting);
+
+/**
+ * Resets the multi-user verification settings to the terminal's defaults.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 139.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_reset_multi_user_verification_setting(kvn_device_conn *conn);
 
 /* ------------------------------------------------------------------------- */
 /* Sensors and alarms                                                        */
 /* ------------------------------------------------------------------------- */
 
+/** Bytes of sensor test data a kvn_fingerprint_sensor_test holds. */
 #define KVN_FINGERPRINT_TEST_DATA_MAX 98560
 
+/** Fingerprint sensor self-test: the value sent and the data the terminal answers with. */
 typedef struct kvn_fingerprint_sensor_test {
     uint32_t test_value;                            /* tag 7, sent */
     uint8_t data[KVN_FINGERPRINT_TEST_DATA_MAX];    /* tag 6, received */
     uint32_t data_length;                           /* bytes stored in data */
 } kvn_fingerprint_sensor_test;
 
+/** Proximity sensor settings (command 304). */
 typedef struct kvn_proximity_sensor_setting {
     uint32_t value_a;  /* tag 5 */
     uint32_t value_b;  /* tag 4 */
     uint32_t value_c;  /* tag 8 */
 } kvn_proximity_sensor_setting;
 
+/** Next-sensor settings (command 166); value_b is sent first. */
 typedef struct kvn_next_sensor_setting {
     uint32_t value_a;  /* tag 2 */
     uint32_t value_b;  /* tag 1 */
 } kvn_next_sensor_setting;
 
+/** Anti-shock (tamper) alarm settings (command 306); value_n travels under tag n + 1. */
 typedef struct kvn_antishock_setting {
+    /** @{ */
     uint32_t value_1;  /* tags 2 to 8 */
     uint32_t value_2;
     uint32_t value_3;
@@ -457,27 +1052,211 @@ typedef struct kvn_antishock_setting {
     uint32_t value_5;
     uint32_t value_6;
     uint32_t value_7;
+    /** @} */
 } kvn_antishock_setting;
 
+/**
+ * Runs the fingerprint sensor's self-test and stores the data it answers with.
+ * @param[in] conn      open connection.
+ * @param[in,out] test  test_value is sent; data and data_length receive the answer's tag 6,
+ *                      at most KVN_FINGERPRINT_TEST_DATA_MAX bytes.
+ * @par Request: get (0x00020002) with a payload, command 301.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1003 no memory for the 1 MiB exchange buffer ("Failed to allocate memory").
+ * @retval -1 malformed answer, or one of 1048576 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_test_fingerprint_sensor(kvn_device_conn *conn, kvn_fingerprint_sensor_test *test);
+
+/**
+ * Resets the fingerprint sensor.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 302.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_reset_fingerprint_sensor(kvn_device_conn *conn);
+
+/**
+ * Writes the fingerprint sensor's automatic power-on status.
+ * @param[in] conn    open connection.
+ * @param[in] status  the status, sent under tag 1.
+ * @par Request: set (0x00010002), command 303.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_set_fingerprint_sensor_autoon_status(kvn_device_conn *conn, uint32_t status);
+
+/**
+ * Reads the fingerprint sensor's automatic power-on status.
+ * @param[in] conn     open connection.
+ * @param[out] status  receives tag 1 of the answer.
+ * @par Request: get (0x00020002), command 303.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_get_fingerprint_sensor_autoon_status(kvn_device_conn *conn, uint32_t *status);
+
+/**
+ * Resets the fingerprint sensor's automatic power-on status to the terminal's default.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 303.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_reset_fingerprint_sensor_autoon_status(kvn_device_conn *conn);
+
+/**
+ * Writes the proximity sensor settings.
+ * @param[in] conn     open connection.
+ * @param[in] setting  the settings.
+ * @par Request: set (0x00010002), command 304.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_set_proximity_sensor_settings(kvn_device_conn *conn, const kvn_proximity_sensor_setting *setting);
+
+/**
+ * Reads the proximity sensor settings.
+ * @param[in] conn      open connection.
+ * @param[out] setting  receives the fields the answer carries.
+ * @par Request: get (0x00020002), command 304.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_get_proximity_sensor_settings(kvn_device_conn *conn, kvn_proximity_sensor_setting *setting);
+
+/**
+ * Resets the proximity sensor settings to the terminal's defaults.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 304.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_reset_proximity_sensor_settings(kvn_device_conn *conn);
+
+/**
+ * Writes the next-sensor settings.
+ * @param[in] conn     open connection.
+ * @param[in] setting  the settings.
+ * @par Request: set (0x00010002), command 166.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_set_next_sensor_settings(kvn_device_conn *conn, const kvn_next_sensor_setting *setting);
+
+/**
+ * Reads the next-sensor settings.
+ * @param[in] conn      open connection.
+ * @param[out] setting  receives the fields the answer carries.
+ * @par Request: get (0x00020002), command 166.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_get_next_sensor_settings(kvn_device_conn *conn, kvn_next_sensor_setting *setting);
+
 /* Resets the next-sensor settings (command 166). */
+/**
+ * Resets the next-sensor settings to the terminal's defaults.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 166.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_next_sensor_settings(kvn_device_conn *conn);
+
+/**
+ * Writes the anti-shock alarm settings.
+ * @param[in] conn     open connection.
+ * @param[in] setting  the settings.
+ * @par Request: set (0x00010002), command 306.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_set_antishock_settings(kvn_device_conn *conn, const kvn_antishock_setting *setting);
+
+/**
+ * Reads the anti-shock alarm settings.
+ * @param[in] conn      open connection.
+ * @param[out] setting  receives the fields the answer carries.
+ * @par Request: get (0x00020002), command 306.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_get_antishock_settings(kvn_device_conn *conn, kvn_antishock_setting *setting);
+
+/**
+ * Resets the anti-shock alarm settings to the terminal's defaults.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 306.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_reset_antishock_settings(kvn_device_conn *conn);
+
+/**
+ * Clears the anti-shock alarm and arms it again (tag 1 = 1).
+ * @param[in] conn  open connection.
+ * @par Request: set (0x00010002), command 306.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_clear_reenable_antishock_alarm(kvn_device_conn *conn);
+
+/**
+ * Writes the fire alarm state.
+ * @param[in] conn   open connection.
+ * @param[in] state  the state, sent under tag 7.
+ * @par Request: set (0x00010002), command 305.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_set_fire_alarm_state(kvn_device_conn *conn, uint32_t state);
+
+/**
+ * Reads the fire alarm state.
+ * @param[in] conn    open connection.
+ * @param[out] state  receives tag 7 of the answer.
+ * @par Request: get (0x00020002), command 305.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_get_fire_alarm_state(kvn_device_conn *conn, uint32_t *state);
+
+/**
+ * Resets the fire alarm state to the terminal's default.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 305.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_reset_fire_alarm_state(kvn_device_conn *conn);
+
+/**
+ * Clears the fire alarm and arms it again (tag 9 = 1).
+ * @param[in] conn  open connection.
+ * @par Request: set (0x00010002), command 305.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_clear_reenable_fire_alarm(kvn_device_conn *conn);
 
 /* ------------------------------------------------------------------------- */
@@ -485,6 +1264,7 @@ KVN_API int32_t kvn_clear_reenable_fire_alarm(kvn_device_conn *conn);
 /* ------------------------------------------------------------------------- */
 
 /* Fields are named by the tag that carries them. */
+/** Door relay and DAC settings (command 115). */
 typedef struct kvn_dac_setting {
     uint8_t dac_value_1;      /* tag 1 */
     uint32_t dac_value_2;     /* tag 2 */
@@ -500,11 +1280,68 @@ typedef struct kvn_dac_setting {
     uint32_t dac_value_16;    /* tag 16 */
 } kvn_dac_setting;
 
+/**
+ * Writes the DAC settings; door_open_time is not sent.
+ * @param[in] conn     open connection.
+ * @param[in] setting  the settings.
+ * @par Request: set (0x00010002), command 115.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer as long as the request (63 bytes) or longer.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_set_dac_settings(kvn_device_conn *conn, const kvn_dac_setting *setting);
+
+/**
+ * Reads the DAC settings, door_open_time included.
+ * @param[in] conn      open connection.
+ * @param[out] setting  receives the fields the answer carries.
+ * @par Request: get (0x00020002), command 115.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer (an empty element counts), or one of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_get_dac_settings(kvn_device_conn *conn, kvn_dac_setting *setting);
+
+/**
+ * Resets the DAC settings to the terminal's defaults.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 115.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_reset_dac_settings(kvn_device_conn *conn);
+
+/**
+ * Opens the door for a time.
+ * @param[in] conn       open connection.
+ * @param[in] open_time  sent under tag 8; kvn_get_dac_settings() reports it as door_open_time.
+ * @param[in] option     sent under tag 7; its meaning is the terminal's.
+ * @par Request: set (0x00010002), command 115.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer as long as the request (12 bytes) or longer.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_open_door_for_time(kvn_device_conn *conn, uint32_t open_time, int32_t option);
+
+/**
+ * Closes the door: kvn_open_door_for_time() with time 0 and option 0.
+ * @param[in] conn  open connection.
+ * @par Request: set (0x00010002), command 115.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer as long as the request (12 bytes) or longer.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_close_door(kvn_device_conn *conn);
+
+/**
+ * Clears the door-forced-open alarm (tag 15 = 1).
+ * @param[in] conn  open connection.
+ * @par Request: set (0x00010002), command 115.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer as long as the request (6 bytes) or longer.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
 KVN_API int32_t kvn_clear_door_force_open_alarm(kvn_device_conn *conn);
 
 #ifdef __cplusplus

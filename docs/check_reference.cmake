@@ -1,0 +1,23 @@
+# Run after Doxygen by the `docs` target: every function the header declares must
+# appear in the header's reference page. Doxygen only warns about undocumented
+# members of a documented file, so this also catches a lost @file comment.
+if(NOT EXISTS ${PAGE})
+  message(FATAL_ERROR "no reference page for ${HEADER}: its @file comment is missing")
+endif()
+file(READ ${HEADER} header)
+file(READ ${PAGE} page)
+string(REGEX MATCHALL "KVN_API[^;(]*[ *](kvn_[a-z0-9_]+)[ ]*\\(" decls "${header}")
+set(missing "")
+set(n 0)
+foreach(d ${decls})
+  string(REGEX REPLACE ".*[ *](kvn_[a-z0-9_]+)[ ]*\\($" "\\1" name "${d}")
+  math(EXPR n "${n} + 1")
+  string(FIND "${page}" ">${name}</a>" at)
+  if(at EQUAL -1)
+    list(APPEND missing ${name})
+  endif()
+endforeach()
+if(missing)
+  message(FATAL_ERROR "exports missing from the API reference: ${missing}")
+endif()
+message(STATUS "API reference documents all ${n} exports")
