@@ -219,9 +219,9 @@ int32_t store_value(const Field& f, uint8_t* m, const uint8_t* v, uint32_t len, 
     switch (f.kind) {
         case Kind::u32_as_u8: store_le32(m, v[0]); return 0;
         case Kind::address: {
-            char text[16];
+            char text[16] = {};
             kvn_convert_ip_int_to_string(tlv::value_u32(v, len), text);
-            std::memcpy(m, text, sizeof text);
+            std::memcpy(m, text, std::strlen(text) + 1);
             return 0;
         }
         default: break;
