@@ -40,18 +40,29 @@ struct Records {
     uint32_t u;
 };
 
+// Each case owns its record, kept between runs so that stale contents (counts,
+// lengths) left by earlier answers are exercised too.
+template <class T>
+T* keep() {
+    static auto r = std::make_unique<T>();
+    return r.get();
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    if (size < 1) return 0;
-    const uint8_t pick = data[0];
-    std::vector<uint8_t> input = (pick & 0x80) ? std::vector<uint8_t>(data + 1, data + size) : frame(data + 1, size - 1);
+    if (size < 2) return 0;
+    // Two bytes pick the export (low 15 bits) and whether the rest is wrapped in a
+    // well-formed frame (top bit clear) or sent raw.
+    const unsigned pick = data[0] | (data[1] << 8);
+    std::vector<uint8_t> input =
+        (pick & 0x8000) ? std::vector<uint8_t>(data + 2, data + size) : frame(data + 2, size - 2);
     static auto r = std::make_unique<Records>();
     kvnfuzz::feed(input.data(), input.size());
     kvn_device_conn c = kvnfuzz::connection();
     uint8_t buffer[256];
     uint32_t length = sizeof buffer;
-    switch (pick & 0x7F) {
+    switch (pick & 0x7FFF) {
         case 0: kvn_get_led_setting(&c, r->leds); break;
         case 1: kvn_get_buzzer_setting(&c, r->leds); break;
         case 2: kvn_get_audio_setting(&c, r->audio); break;
@@ -70,6 +81,22 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         case 15: kvn_get_dac_settings(&c, &r->dac); break;
         case 16: kvn_set_dac_settings(&c, &r->dac); break;
         case 17: kvn_send_reset_command(&c, 121); break;
+
+        // Network and device management: cases 100 to 199.
+        // @@NETWORK@@
+
+        // Specific-purpose I/O, time attendance, job codes, VoIP, schedules: cases 200 to 299.
+        // @@TABLES@@
+
+        // Users, enrolment, identification, verification, smart cards: cases 300 to 399.
+        // @@USERS@@
+
+        // Transaction logs, file transfer, user groups: cases 400 to 499.
+        // @@LOGS@@
+
+        // Card reading and layouts, card server, Wiegand: cases 500 to 599.
+        // @@CARDS@@
+
         default: kvn_receive_response(&c, buffer, &length); break;
     }
     // Text fields must stay inside their records whatever arrived.

@@ -1062,8 +1062,7 @@ typedef struct kvn_antishock_setting {
  *                      at most KVN_FINGERPRINT_TEST_DATA_MAX bytes.
  * @par Request: get (0x00020002) with a payload, command 301.
  * @return 0 on success, the terminal's status (returned unchanged), or:
- * @retval -1003 no memory for the 1 MiB exchange buffer ("Failed to allocate memory").
- * @retval -1 malformed answer, or one of 1048576 bytes or more.
+ * @retval -1 no memory for the 1 MiB exchange buffer (nothing is sent), a malformed answer, or one of 1048576 bytes or more.
  * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
  */
 KVN_API int32_t kvn_test_fingerprint_sensor(kvn_device_conn *conn, kvn_fingerprint_sensor_test *test);
@@ -1343,6 +1342,36 @@ KVN_API int32_t kvn_close_door(kvn_device_conn *conn);
  * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
  */
 KVN_API int32_t kvn_clear_door_force_open_alarm(kvn_device_conn *conn);
+
+/* ------------------------------------------------------------------------- */
+/* Network and device management: wired and serial network, device information and maintenance, wireless, SSL, notifications, Ethernet security, VPN and certificates */
+/* ------------------------------------------------------------------------- */
+
+/* @@NETWORK@@ (end of section) */
+
+/* ------------------------------------------------------------------------- */
+/* Specific-purpose I/O, time attendance, job codes, VoIP and schedules */
+/* ------------------------------------------------------------------------- */
+
+/* @@TABLES@@ (end of section) */
+
+/* ------------------------------------------------------------------------- */
+/* Users, enrolment, identification, verification and smart-card operations */
+/* ------------------------------------------------------------------------- */
+
+/* @@USERS@@ (end of section) */
+
+/* ------------------------------------------------------------------------- */
+/* Transaction logs, file and firmware transfer, user groups */
+/* ------------------------------------------------------------------------- */
+
+/* @@LOGS@@ (end of section) */
+
+/* ------------------------------------------------------------------------- */
+/* Card reading and layouts, card server and preference, Wiegand formats and ports */
+/* ------------------------------------------------------------------------- */
+
+/* @@CARDS@@ (end of section) */
 
 #ifdef __cplusplus
 } /* extern "C" */
