@@ -1,6 +1,30 @@
 #include "wire.h"
 
+#include <array>
+
 namespace kvnsim {
+
+namespace {
+
+// One table entry per byte value: the register after shifting that byte through.
+constexpr std::array<uint32_t, 256> make_crc_table() noexcept {
+    std::array<uint32_t, 256> t{};
+    for (uint32_t i = 0; i < 256; ++i) {
+        uint32_t c = i;
+        for (int bit = 0; bit < 8; ++bit) c = (c >> 1) ^ (0xEDB88320u & (0u - (c & 1u)));
+        t[i] = c;
+    }
+    return t;
+}
+constexpr std::array<uint32_t, 256> kCrcTable = make_crc_table();
+
+}  // namespace
+
+uint32_t crc32(uint32_t crc, const uint8_t* p, size_t n) noexcept {
+    uint32_t c = ~crc;
+    for (size_t i = 0; i < n; ++i) c = kCrcTable[(c ^ p[i]) & 0xFFu] ^ (c >> 8);
+    return ~c;
+}
 
 bool split(const uint8_t* p, size_t n, std::vector<Elem>* out) {
     out->clear();
