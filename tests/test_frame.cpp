@@ -7,63 +7,13 @@
 #include "kvnsdk2.h"
 #include "peer.h"
 
-#if KVN_HAVE_ZLIB
-#include <zlib.h>
-#endif
-
 using kvntest::Bytes;
 using kvntest::LoopbackPeer;
 using kvntest::sock_t;
 
 namespace {
 
-// Shortens the per-chunk waits for one test and restores them afterwards.
-struct ShortWaits {
-    int32_t r, w, c;
-    explicit ShortWaits(int32_t ms) {
-        kvn_ext_get_timeouts(&r, &w, &c);
-        kvn_ext_set_timeouts(ms, ms, -1);
-    }
-    ~ShortWaits() { kvn_ext_set_timeouts(r, w, c); }
-};
-
-uint32_t reference_crc(const uint8_t* p, size_t n) {
-#if KVN_HAVE_ZLIB
-    return static_cast<uint32_t>(::crc32(0, p, static_cast<uInt>(n)));
-#else
-    // Bitwise CRC-32 (reflected 0xEDB88320) as the reference without zlib.
-    uint32_t c = 0xFFFFFFFFu;
-    for (size_t i = 0; i < n; ++i) {
-        c ^= p[i];
-        for (int k = 0; k < 8; ++k) c = (c >> 1) ^ (0xEDB88320u & (0u - (c & 1u)));
-    }
-    return ~c;
-#endif
-}
-
-struct Exchange {
-    Bytes request;
-    int32_t rc = 99;
-};
-
-// Sends one request, lets the peer answer with `answer`, and reports what the
-// peer saw and what kvn_receive_response returned.
-Exchange exchange(const Bytes& answer, uint8_t* buffer, uint32_t* length, uint32_t command = 104) {
-    Exchange ex;
-    LoopbackPeer peer([&](sock_t s) {
-        ex.request = kvntest::read_request(s);
-        kvntest::write_bytes(s, answer);
-    });
-    kvn_device_conn c = peer.conn();
-    EXPECT_EQ(kvn_open_device_conn(&c), 0);
-    const uint32_t word = KVN_REQUEST_WORD(KVN_REQ_GET);
-    EXPECT_EQ(kvn_send_command(&c, &word, command, nullptr, 0), 0);
-    ex.rc = kvn_receive_response(&c, buffer, length);
-    kvn_close_device_conn(&c);
-    return ex;
-}
-
-}  // namespace
+using kvntest::crc32;
 
 // Runs `client` against a peer playing `script`; returns when both are done.
 template <class Script, class Client>
@@ -74,6 +24,24 @@ void with_peer(Script script, Client client) {
     client(c);
     kvn_close_device_conn(&c);
 }
+
+// Sends a get request, lets the peer answer with `answer`; what kvn_receive_response returned.
+int32_t exchange(const Bytes& answer, uint8_t* buffer, uint32_t* length) {
+    int32_t rc = 99;
+    with_peer(
+        [&](sock_t s) {
+            kvntest::read_request(s);
+            kvntest::write_bytes(s, answer);
+        },
+        [&](kvn_device_conn& c) {
+            const uint32_t word = KVN_REQUEST_WORD(KVN_REQ_GET);
+            ASSERT_EQ(kvn_send_command(&c, &word, 104, nullptr, 0), 0);
+            rc = kvn_receive_response(&c, buffer, length);
+        });
+    return rc;
+}
+
+}  // namespace
 
 TEST(RequestFrame, GetWithoutPayloadIs28BytesWithHeaderCrc) {
     Bytes seen;
@@ -90,8 +58,8 @@ TEST(RequestFrame, GetWithoutPayloadIs28BytesWithHeaderCrc) {
                         0x68, 0x00, 0x00, 0x00,   // command 104
                         0x00, 0x00, 0x00, 0x00};  // payload length
     ASSERT_EQ(seen.size(), 28u);
-    EXPECT_EQ(Bytes(seen.begin(), seen.begin() + 24), head);
-    const uint32_t crc = reference_crc(head.data() + 4, 20);
+    EXPECT_BYTES(Bytes(seen.begin(), seen.begin() + 24), head);
+    const uint32_t crc = crc32(0, head.data() + 4, 20);
     EXPECT_EQ(kvntest::get_le32(seen.data() + 24), crc);
     EXPECT_EQ(kvn_calculate_req_header_crc(head.data() + 4), crc);
 }
@@ -108,9 +76,9 @@ TEST(RequestFrame, PayloadFollowsHeaderAndIsCovered) {
     const Bytes head = {0xDD, 0xCC, 0xBB, 0xAA, 0x07, 0x00, 0x00, 0x00, 0x02, 0x00, 0x01, 0x00,
                         0x00, 0x00, 0x00, 0x00, 0x31, 0x01, 0x00, 0x00, 0x06, 0x00, 0x00, 0x00};
     ASSERT_EQ(seen.size(), 34u);
-    EXPECT_EQ(Bytes(seen.begin(), seen.begin() + 24), head);
-    EXPECT_EQ(Bytes(seen.begin() + 24, seen.begin() + 30), Bytes(payload, payload + 6));
-    EXPECT_EQ(kvntest::get_le32(seen.data() + 30), reference_crc(seen.data() + 4, 26));
+    EXPECT_BYTES(Bytes(seen.begin(), seen.begin() + 24), head);
+    EXPECT_BYTES(Bytes(seen.begin() + 24, seen.begin() + 30), Bytes(payload, payload + 6));
+    EXPECT_EQ(kvntest::get_le32(seen.data() + 30), crc32(0, seen.data() + 4, 26));
 }
 
 TEST(RequestFrame, NullPayloadWithLengthAnnouncesBytesThatNeverFollow) {
@@ -122,7 +90,7 @@ TEST(RequestFrame, NullPayloadWithLengthAnnouncesBytesThatNeverFollow) {
               });
     ASSERT_EQ(seen.size(), 28u);
     EXPECT_EQ(kvntest::get_le32(seen.data() + 20), 12u);
-    EXPECT_EQ(kvntest::get_le32(seen.data() + 24), reference_crc(seen.data() + 4, 20));
+    EXPECT_EQ(kvntest::get_le32(seen.data() + 24), crc32(0, seen.data() + 4, 20));
 }
 
 TEST(RequestFrame, LargestPayloadGoesOutWholeAndOneMoreIsRefused) {
@@ -140,15 +108,15 @@ TEST(RequestFrame, LargestPayloadGoesOutWholeAndOneMoreIsRefused) {
     EXPECT_EQ(kvntest::get_le32(seen.data() + 20), KVN_MAX_REQUEST_PAYLOAD);
     EXPECT_EQ(0, std::memcmp(seen.data() + 24, big.data(), KVN_MAX_REQUEST_PAYLOAD));
     EXPECT_EQ(kvntest::get_le32(seen.data() + 24 + KVN_MAX_REQUEST_PAYLOAD),
-              reference_crc(seen.data() + 4, 20 + KVN_MAX_REQUEST_PAYLOAD));
+              crc32(0, seen.data() + 4, 20 + KVN_MAX_REQUEST_PAYLOAD));
 }
 
 TEST(ResponseFrame, StatusWordIsTheResultWithoutPayload) {
     for (int32_t status : {0, -2021, -1002, 7, 0x7FFFFFFF}) {
         uint8_t buf[64];
         uint32_t len = sizeof buf;
-        const Exchange ex = exchange(kvntest::response(status), buf, &len);
-        EXPECT_EQ(ex.rc, status);
+        const int32_t rc = exchange(kvntest::response(status), buf, &len);
+        EXPECT_EQ(rc, status);
         EXPECT_EQ(len, 0u);
     }
 }
@@ -157,8 +125,8 @@ TEST(ResponseFrame, PayloadWithNonZeroStatusIsSuccess) {
     const Bytes payload = {1, 4, 0x2A, 0, 0, 0};
     uint8_t buf[64] = {};
     uint32_t len = sizeof buf;
-    const Exchange ex = exchange(kvntest::response(-5001, payload), buf, &len);
-    EXPECT_EQ(ex.rc, 0);
+    const int32_t rc = exchange(kvntest::response(-5001, payload), buf, &len);
+    EXPECT_EQ(rc, 0);
     ASSERT_EQ(len, payload.size());
     EXPECT_EQ(Bytes(buf, buf + len), payload);
 }
@@ -179,8 +147,8 @@ TEST(ResponseFrame, PayloadAsLongAsTheCapacityIsRefused) {
     for (const Case& k : cases) {
         Bytes buf(k.capacity + 8, 0xEE);
         uint32_t len = k.capacity;
-        const Exchange ex = exchange(kvntest::response(0, Bytes(k.payload, 0x5A)), buf.data(), &len);
-        EXPECT_EQ(ex.rc, k.rc) << k.payload << "/" << k.capacity;
+        const int32_t rc = exchange(kvntest::response(0, Bytes(k.payload, 0x5A)), buf.data(), &len);
+        EXPECT_EQ(rc, k.rc) << k.payload << "/" << k.capacity;
         EXPECT_EQ(len, k.length_after) << k.payload << "/" << k.capacity;
         if (k.rc != 0) EXPECT_EQ(buf[0], 0xEE) << "nothing read into the buffer";
     }
@@ -205,7 +173,7 @@ TEST(ResponseFrame, BadSyncWordLeavesTheRestUnread) {
                   EXPECT_EQ(kvn_receive_data(&c.link, rest.data(), static_cast<uint32_t>(rest.size())), 0);
               });
     EXPECT_EQ(rc, -12);
-    EXPECT_EQ(rest, Bytes(answer.begin() + 4, answer.end()));
+    EXPECT_BYTES(rest, Bytes(answer.begin() + 4, answer.end()));
 }
 
 TEST(ResponseFrame, CorruptedBytesGiveCrcMismatch) {
@@ -218,33 +186,33 @@ TEST(ResponseFrame, CorruptedBytesGiveCrcMismatch) {
         bad[at] ^= 0x40;
         uint8_t buf[64];
         uint32_t len = sizeof buf;
-        EXPECT_EQ(exchange(bad, buf, &len).rc, -6) << "byte " << at;
+        EXPECT_EQ(exchange(bad, buf, &len), -6) << "byte " << at;
     }
     Bytes bad_empty = kvntest::response(-2021);
     bad_empty.back() ^= 1;
     uint8_t buf[8];
     uint32_t len = sizeof buf;
-    EXPECT_EQ(exchange(bad_empty, buf, &len).rc, -6);
+    EXPECT_EQ(exchange(bad_empty, buf, &len), -6);
 }
 
 TEST(ResponseFrame, PeerClosingMidFrameGivesReadErrorWithoutWaiting) {
-    ShortWaits waits(20000);  // a hang would show up as a 20 s test, not a pass
+    kvntest::ShortWaits waits(20000);  // a hang would show up as a 20 s test, not a pass
     const Bytes full = kvntest::response(0, Bytes(100, 1));
     for (size_t cut : {size_t{0}, size_t{2}, size_t{4}, size_t{20}, size_t{28}, size_t{60}, full.size() - 2}) {
         uint8_t buf[256];
         uint32_t len = sizeof buf;
-        const Exchange ex = exchange(Bytes(full.begin(), full.begin() + static_cast<long>(cut)), buf, &len);
-        EXPECT_EQ(ex.rc, -2) << "cut at " << cut;
+        const int32_t rc = exchange(Bytes(full.begin(), full.begin() + static_cast<long>(cut)), buf, &len);
+        EXPECT_EQ(rc, -2) << "cut at " << cut;
     }
 }
 
 TEST(ResponseFrame, SilentPeerTimesOutWithReadError) {
-    ShortWaits waits(150);
+    kvntest::ShortWaits waits(150);
     std::atomic<bool> done{false};
     int32_t rc = 0;
     with_peer([&](sock_t s) {
                   kvntest::read_request(s);
-                  while (!done) std::this_thread::sleep_for(std::chrono::milliseconds(5));
+                  kvntest::wait_until([&] { return done.load(); });
               },
               [&](kvn_device_conn& c) {
                   const uint32_t word = KVN_REQUEST_WORD(KVN_REQ_GET);
@@ -258,13 +226,11 @@ TEST(ResponseFrame, SilentPeerTimesOutWithReadError) {
 }
 
 TEST(ResponseFrame, PeerThatNeverReadsGivesWriteError) {
-    ShortWaits waits(150);
+    kvntest::ShortWaits waits(150);
     std::atomic<bool> done{false};
     int32_t rc = 0;
     Bytes big(KVN_MAX_REQUEST_PAYLOAD, 0x11);
-    with_peer([&](sock_t) {
-                  while (!done) std::this_thread::sleep_for(std::chrono::milliseconds(5));
-              },
+    with_peer([&](sock_t) { kvntest::wait_until([&] { return done.load(); }); },
               [&](kvn_device_conn& c) {
                   const uint32_t word = KVN_REQUEST_WORD(KVN_REQ_SET);
                   // Socket buffers take a few frames; the write that finds them full waits and fails.
