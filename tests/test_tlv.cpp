@@ -196,15 +196,13 @@ TEST(TlvWriter, FieldsTextsAndContainers) {
 }
 
 TEST(TlvWriter, OverflowIsMinusOneButLaterFieldsStillTried) {
-    uint8_t buf[9];
+    uint8_t buf[10];
+    const Bytes big(100, 0xAB);
     kvn::tlv::Writer w(buf, sizeof buf);
-    w.u32(1, 5);   // 6 bytes
-    w.u32(2, 6);   // does not fit: 3 bytes remain
+    w.element(1, big.data(), 100);  // tag and length fit, the value does not
+    w.u32(2, 0x01020304);           // a smaller field after it is still written
     EXPECT_EQ(w.result(), -1);
-    kvn::tlv::Writer v(buf, 4);
-    v.u32(1, 5);     // does not fit
-    v.u8(2, 7);      // ...but this one is still tried
-    EXPECT_EQ(v.result(), -1);
+    EXPECT_EQ(Bytes(buf, buf + w.used()), (Bytes{1, 100, 2, 4, 4, 3, 2, 1}));
 }
 
 namespace {
