@@ -6,6 +6,7 @@
 #if KVN_HAVE_SIM
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstring>
 #include <functional>
 #include <iterator>
@@ -17,15 +18,11 @@
 #include "kvnsdk2.h"
 #include "kvnsim.h"
 #include "peer.h"
+#include "records.h"
+
+using namespace kvntest;
 
 namespace {
-
-template <class T>
-T zeroed() {
-    T t;
-    std::memset(&t, 0, sizeof t);
-    return t;
-}
 
 // A simulator with an open connection to it, over TCP or (serial) its serial line.
 struct Session {
@@ -64,34 +61,17 @@ void round_trip(kvn_device_conn* c, const char* name, const Rec& written, Set se
     EXPECT_NE(std::memcmp(read.get(), &written, sizeof(Rec)), 0) << name << ": the reset kept what was written";
 }
 
-template <size_t N>
-struct Leds {
-    kvn_led_setting e[N];
-};
-template <size_t N>
-Leds<N> leds() {
-    auto l = zeroed<Leds<N>>();
-    for (uint32_t i = 0; i < N; ++i) {
-        l.e[i].index = i + 1, l.e[i].enable = uint8_t(i & 1), l.e[i].option = 100 + i;
-        for (uint32_t k = 0; k < 9; ++k) l.e[i].matrix[k / 3][k % 3] = i * 100 + k;
-    }
-    return l;
-}
-// All entries with entry 5 changed, then entry 5 alone: the single-entry form too.
-template <size_t N>
-auto set_leds(int32_t (*all)(kvn_device_conn*, const kvn_led_setting*),
-              int32_t (*one)(kvn_device_conn*, const kvn_led_setting*, uint32_t)) {
-    return [=](kvn_device_conn* c, const Leds<N>* w) {
-        Leds<N> other = *w;
-        other.e[4].option ^= 0xFFFF;
-        const int32_t rc = all(c, other.e);
-        return rc != 0 ? rc : one(c, w->e, 5);
+// Every entry set with entry `n` changed, then entry `n` alone: the single-entry form
+// must put it back.
+template <class Entries, class All, class One, class Change>
+auto set_entries(All all, One one, uint32_t n, Change change) {
+    return [=](kvn_device_conn* c, const Entries* w) {
+        auto other = std::make_unique<Entries>(*w);
+        change(other->e[n - 1]);
+        const int32_t rc = all(c, other->e);
+        return rc != 0 ? rc : one(c, w->e, n);
     };
 }
-
-struct Audio {
-    kvn_audio_setting e[KVN_AUDIO_COUNT];
-};
 
 class SettingsE2E : public ::testing::TestWithParam<bool> {};
 
@@ -101,78 +81,48 @@ TEST_P(SettingsE2E, EveryFamilyRoundTripsAndEveryActionIsAccepted) {
     Session s(GetParam());
     kvn_device_conn* c = &s.conn;
     ASSERT_EQ(kvn_open_device_conn(c), 0);
-
-    round_trip(c, "led", leds<KVN_LED_COUNT>(), set_leds<KVN_LED_COUNT>(kvn_set_all_led_setting, kvn_set_single_led_setting),
-               [](auto c2, auto* r) { return kvn_get_led_setting(c2, r->e); }, kvn_reset_led_setting);
-    round_trip(c, "buzzer", leds<KVN_BUZZER_COUNT>(),
-               set_leds<KVN_BUZZER_COUNT>(kvn_set_all_buzzer_setting, kvn_set_single_buzzer_setting),
-               [](auto c2, auto* r) { return kvn_get_buzzer_setting(c2, r->e); }, kvn_reset_buzzer_setting);
-
-    auto audio = std::make_unique<Audio>(zeroed<Audio>());
-    for (uint32_t i = 0; i < KVN_AUDIO_COUNT; ++i) {
-        kvn_audio_setting& a = audio->e[i];
-        a.index = i + 1, a.flag = 1, a.value = 7 * i + 1;
-        std::snprintf(a.short_text, sizeof a.short_text, "tone %u", i + 1);
-        std::snprintf(a.long_text, sizeof a.long_text, "announcement %u", i + 1);  // reads keep 51 bytes
+    auto led_change = [](kvn_led_setting& e) { e.option ^= 0xFFFF; };
+    round_trip(c, "led", leds(KVN_LED_COUNT),
+               set_entries<Leds>(kvn_set_all_led_setting, kvn_set_single_led_setting, 5, led_change),
+               [](auto c2, Leds* r) { return kvn_get_led_setting(c2, r->e); }, kvn_reset_led_setting);
+    round_trip(c, "buzzer", leds(KVN_BUZZER_COUNT),
+               set_entries<Leds>(kvn_set_all_buzzer_setting, kvn_set_single_buzzer_setting, 18, led_change),
+               [](auto c2, Leds* r) { return kvn_get_buzzer_setting(c2, r->e); }, kvn_reset_buzzer_setting);
+    // Texts all set: an empty text is not sent, so what a terminal then keeps is its own affair.
+    auto sounds = std::make_unique<Audio>(audio());
+    for (kvn_audio_setting& e : sounds->e) {
+        std::snprintf(e.short_text, sizeof e.short_text, "tone %u", e.index);
+        std::snprintf(e.long_text, sizeof e.long_text, "announcement %u", e.index);
     }
-    round_trip(
-        c, "audio", *audio,
-        [](auto c2, const Audio* w) {
-            auto other = std::make_unique<Audio>(*w);
-            std::strcpy(other->e[17].short_text, "changed");
-            const int32_t rc = kvn_set_all_audio_setting(c2, other->e);
-            return rc != 0 ? rc : kvn_set_single_audio_setting(c2, w->e, 18);
-        },
-        [](auto c2, Audio* r) { return kvn_get_audio_setting(c2, r->e); }, kvn_reset_audio_setting);
-
-    auto lcd = zeroed<kvn_lcd_setting>();
-    lcd.value = 42;
-    std::strcpy(lcd.short_text, "Welcome");
-    round_trip(c, "lcd", lcd, kvn_set_lcd_settings, kvn_get_lcd_settings, kvn_reset_lcd_settings);
-
-    auto note = zeroed<kvn_device_notification_setting>();
-    note.flag = 1, note.value = 25;
-    std::strcpy(note.text_a, "smtp.example.test");
+    kvn_device_notification_setting note = notification();
     std::strcpy(note.text_b, "door");
-    std::strcpy(note.text_c, "alarm");
-    round_trip(c, "notification", note, kvn_set_device_notification_setting, kvn_get_device_notification_setting,
-               kvn_reset_device_notification_setting);
-
-    auto bio = zeroed<kvn_biometric_setting>();
-    bio.setting_1 = 1, bio.setting_2 = 2, bio.setting_3 = 3, bio.setting_4 = 4, bio.setting_5 = 5, bio.setting_8 = 8;
-    bio.setting_9 = 9, bio.setting_10 = 10, bio.setting_11 = 11, bio.setting_12 = 12, bio.setting_13 = 13;
-    bio.setting_14 = 14, bio.setting_15 = 15;
-    round_trip(c, "biometric", bio, kvn_set_biometric_setting, kvn_get_biometric_setting, kvn_reset_biometric_setting);
-
-    auto multi = zeroed<kvn_multi_user_verification_setting>();
-    multi.value = 2, multi.flag = 1;
-    for (uint32_t g = 0; g < 3; ++g) multi.groups[g].group_value_a = 10 + g, multi.groups[g].group_value_b = 20 + g;
-    std::strcpy(multi.groups[0].group_text, "guards");
-    std::strcpy(multi.groups[2].group_text, "managers");
-    round_trip(c, "multi-user", multi, kvn_set_multi_user_verification_setting, kvn_get_multi_user_verification_setting,
-               kvn_reset_multi_user_verification_setting);
-
-    round_trip(c, "proximity", kvn_proximity_sensor_setting{7, 8, 9}, kvn_set_proximity_sensor_settings,
-               kvn_get_proximity_sensor_settings, kvn_reset_proximity_sensor_settings);
-    round_trip(c, "next sensor", kvn_next_sensor_setting{3, 4}, kvn_set_next_sensor_settings,
-               kvn_get_next_sensor_settings, kvn_next_sensor_settings);
-    round_trip(c, "anti-shock", kvn_antishock_setting{11, 12, 13, 14, 15, 16, 17}, kvn_set_antishock_settings,
-               kvn_get_antishock_settings, kvn_reset_antishock_settings);
+    round_trip(c, "audio", *sounds,
+               set_entries<Audio>(kvn_set_all_audio_setting, kvn_set_single_audio_setting, 3,
+                                  [](kvn_audio_setting& e) { std::strcpy(e.short_text, "changed"); }),
+               [](auto c2, Audio* r) { return kvn_get_audio_setting(c2, r->e); }, kvn_reset_audio_setting);
+    round_trip(c, "lcd", lcd(), kvn_set_lcd_settings, kvn_get_lcd_settings, kvn_reset_lcd_settings);
+    round_trip(c, "notification", note, kvn_set_device_notification_setting,
+               kvn_get_device_notification_setting, kvn_reset_device_notification_setting);
+    round_trip(c, "biometric", biometric(), kvn_set_biometric_setting, kvn_get_biometric_setting,
+               kvn_reset_biometric_setting);
+    round_trip(c, "multi-user", multi_user(), kvn_set_multi_user_verification_setting,
+               kvn_get_multi_user_verification_setting, kvn_reset_multi_user_verification_setting);
+    round_trip(c, "proximity", kProx, kvn_set_proximity_sensor_settings, kvn_get_proximity_sensor_settings,
+               kvn_reset_proximity_sensor_settings);
+    round_trip(c, "next sensor", kNext, kvn_set_next_sensor_settings, kvn_get_next_sensor_settings,
+               kvn_next_sensor_settings);
+    round_trip(c, "anti-shock", kShock, kvn_set_antishock_settings, kvn_get_antishock_settings,
+               kvn_reset_antishock_settings);
     round_trip(
-        c, "fire alarm", uint32_t{0x5A5A}, [](auto c2, const uint32_t* v) { return kvn_set_fire_alarm_state(c2, *v); },
+        c, "fire alarm", uint32_t{0x305}, [](auto c2, const uint32_t* v) { return kvn_set_fire_alarm_state(c2, *v); },
         kvn_get_fire_alarm_state, kvn_reset_fire_alarm_state);
     round_trip(
-        c, "sensor auto-on", uint32_t{0x5A5A},
+        c, "sensor auto-on", uint32_t{0x303},
         [](auto c2, const uint32_t* v) { return kvn_set_fingerprint_sensor_autoon_status(c2, *v); },
         kvn_get_fingerprint_sensor_autoon_status, kvn_reset_fingerprint_sensor_autoon_status);
-
-    // The DAC record; its open time comes from the door action, never from the set.
-    auto dac = zeroed<kvn_dac_setting>();
-    dac.dac_value_1 = 1, dac.dac_value_2 = 2, dac.dac_value_3 = 3, dac.dac_value_4 = 4, dac.dac_value_10 = 10;
-    dac.dac_value_11 = 11, dac.dac_value_12 = 12, dac.dac_value_13 = 13, dac.dac_value_14 = 14, dac.dac_value_6 = 6;
-    dac.door_open_time = 12, dac.dac_value_16 = 16;
+    // The DAC record's open time comes from the door action, never from the set.
     round_trip(
-        c, "dac", dac,
+        c, "dac", dac(),
         [](auto c2, const kvn_dac_setting* w) {
             kvn_dac_setting other = *w;
             other.door_open_time = 999;
@@ -193,7 +143,6 @@ TEST_P(SettingsE2E, EveryFamilyRoundTripsAndEveryActionIsAccepted) {
         [&](auto c2) { return kvn_retrieve_image_list(c2, list.get()); },
     };
     for (size_t i = 0; i < std::size(actions); ++i) EXPECT_EQ(actions[i](c), 0) << "action " << i;
-    EXPECT_LE(test->data_length, uint32_t{KVN_FINGERPRINT_TEST_DATA_MAX});
     for (uint32_t i = 0; i < list->count; ++i) {  // the terminal shows the images it lists
         auto image = zeroed<kvn_display_image_request>();
         std::memcpy(image.name, list->entries[i].name, sizeof image.name);
@@ -207,7 +156,7 @@ INSTANTIATE_TEST_SUITE_P(Transports, SettingsE2E, ::testing::Values(false, true)
 
 // The terminal's misbehaviour reaches the caller as the matching status code.
 TEST(TerminalFaults, BecomeStatusCodes) {
-    kvntest::ShortWaits waits(400);
+    ShortWaits waits(400);
     struct Case {
         const char* name;
         kvnsim::Faults faults;

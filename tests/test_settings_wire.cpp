@@ -11,6 +11,7 @@
 
 #include "kvnsdk2.h"
 #include "peer.h"
+#include "records.h"
 
 using namespace kvntest;
 
@@ -44,12 +45,6 @@ Seen capture(const Call& call, const Bytes& answer = response(0)) {
     return seen;
 }
 
-template <class T>
-T zeroed() {
-    T t;
-    std::memset(&t, 0, sizeof t);
-    return t;
-}
 // A text field's whole array: the text, then NULs.
 Bytes whole(const std::string& s, size_t size) {
     Bytes b(s.begin(), s.end());
@@ -57,24 +52,11 @@ Bytes whole(const std::string& s, size_t size) {
     return b;
 }
 
-// Records whose fields all differ, and their elements written out by hand. LED and
-// buzzer entry i: the matrix goes out column by column (tags 4, 7, 10, 5, ...).
-struct Leds {
-    kvn_led_setting e[KVN_BUZZER_COUNT];
-};
-Leds leds() {
-    auto l = zeroed<Leds>();
-    for (uint32_t i = 1; i <= KVN_BUZZER_COUNT; ++i) {
-        kvn_led_setting& x = l.e[i - 1];
-        x.index = i, x.enable = uint8_t(0x80 + i), x.option = i << 8 | 13;
-        for (uint32_t r = 0; r < 3; ++r)
-            for (uint32_t c = 0; c < 3; ++c) x.matrix[r][c] = i << 8 | (4 + 3 * r + c);
-    }
-    return l;
-}
+// The records' elements written out by hand. LED and buzzer entry i: the matrix goes
+// out column by column (tags 4, 7, 10, 5, ...).
 Bytes led_entry(uint32_t i) {
     Bytes in = cat({u32(3, i), u8(2, uint8_t(0x80 + i)), u32(13, i << 8 | 13)});
-    for (uint8_t t : {4, 7, 10, 5, 8, 11, 6, 9, 12}) in = cat({in, u32(t, i << 8 | t)});
+    for (uint32_t t : {4, 7, 10, 5, 8, 11, 6, 9, 12}) in = cat({in, u32(uint8_t(t), i << 8 | t)});
     return box(1, in);
 }
 Bytes led_entries(uint32_t count) {
@@ -83,18 +65,6 @@ Bytes led_entries(uint32_t count) {
     return b;
 }
 
-// Audio entry i; only entry 3 has texts.
-struct Audio {
-    kvn_audio_setting e[KVN_AUDIO_COUNT];
-};
-Audio audio() {
-    auto a = zeroed<Audio>();
-    for (uint32_t i = 1; i <= KVN_AUDIO_COUNT; ++i)
-        a.e[i - 1].index = i, a.e[i - 1].flag = uint8_t(0x50 + i), a.e[i - 1].value = 0x700 + i;
-    std::strcpy(a.e[2].short_text, "hi");
-    std::strcpy(a.e[2].long_text, "long text");
-    return a;
-}
 Bytes audio_entries() {  // the all-entries form: texts at their own length, value under tag 7
     Bytes b;
     for (uint32_t i = 1; i <= KVN_AUDIO_COUNT; ++i) {
@@ -104,13 +74,6 @@ Bytes audio_entries() {  // the all-entries form: texts at their own length, val
     return b;
 }
 
-kvn_multi_user_verification_setting multi_user() {
-    auto m = zeroed<kvn_multi_user_verification_setting>();
-    m.value = 0x101, m.flag = 0x22;
-    for (uint32_t g = 0; g < 3; ++g) m.groups[g].group_value_a = 0x500 + g, m.groups[g].group_value_b = 0x700 + g;
-    std::strcpy(m.groups[1].group_text, "night");
-    return m;
-}
 Bytes multi_user_bytes() {  // empty group texts still go out, with length 0
     Bytes b = cat({u32(1, 0x101), u8(2, 0x22)});
     for (uint8_t g = 0; g < 3; ++g)
@@ -118,50 +81,20 @@ Bytes multi_user_bytes() {  // empty group texts still go out, with length 0
     return b;
 }
 
-kvn_biometric_setting biometric() {
-    auto b = zeroed<kvn_biometric_setting>();
-    b.setting_1 = 0x101, b.setting_2 = 0x102, b.setting_3 = 0x103, b.setting_4 = 0x104, b.setting_5 = 0x105;
-    b.setting_8 = 0x88, b.setting_9 = 0x109, b.setting_10 = 0x10A, b.setting_11 = 0x10B, b.setting_12 = 0x10C;
-    b.setting_13 = 0x10D, b.setting_14 = 0x10E, b.setting_15 = 0x10F;
-    return b;
-}
 const Bytes kBiometric = cat({u32(1, 0x101), u32(2, 0x102), u32(3, 0x103), u32(4, 0x104), u32(5, 0x105),
                               u8(8, 0x88), u32(9, 0x109), u32(10, 0x10A), u32(11, 0x10B), u32(12, 0x10C),
                               u32(13, 0x10D), u32(14, 0x10E), u32(15, 0x10F)});
 
-kvn_lcd_setting lcd() {
-    auto l = zeroed<kvn_lcd_setting>();
-    l.value = 0x149;
-    std::strcpy(l.short_text, "Welcome");
-    return l;
-}
 const Bytes kLcd = cat({u32(1, 0x149), text(2, "Welcome")});
 
-kvn_device_notification_setting notification() {  // text_b empty: not sent
-    auto n = zeroed<kvn_device_notification_setting>();
-    n.flag = 0x11, n.value = 0x55;
-    std::strcpy(n.text_a, "smtp.example.test");
-    std::strcpy(n.text_c, "alarm");
-    return n;
-}
 const Bytes kNotification = cat({u8(1, 0x11), text(2, "smtp.example.test"), text(4, "alarm"), u32(5, 0x55)});
 
-kvn_dac_setting dac() {
-    auto d = zeroed<kvn_dac_setting>();
-    d.dac_value_1 = 0xD1, d.dac_value_2 = 0x202, d.dac_value_3 = 0x303, d.dac_value_4 = 0x404;
-    d.dac_value_10 = 0xA0A, d.dac_value_11 = 0xB0B, d.dac_value_12 = 0xC0C, d.dac_value_13 = 0xD0D;
-    d.dac_value_14 = 0xE0E, d.dac_value_6 = 0x606, d.door_open_time = 0x808, d.dac_value_16 = 0x1010;
-    return d;
-}
 // The set: eleven elements, 63 bytes, never tag 8.
 const Bytes kDacSet = cat({u8(1, 0xD1), u32(2, 0x202), u32(3, 0x303), u32(4, 0x404), u32(10, 0xA0A), u32(11, 0xB0B),
                            u32(12, 0xC0C), u32(13, 0xD0D), u32(14, 0xE0E), u32(6, 0x606), u32(16, 0x1010)});
 
-const kvn_proximity_sensor_setting kProx{0xA1, 0xB2, 0xC3};
 const Bytes kProxBytes = cat({u32(5, 0xA1), u32(4, 0xB2), u32(8, 0xC3)});
-const kvn_next_sensor_setting kNext{0xA1, 0xB2};
 const Bytes kNextBytes = cat({u32(1, 0xB2), u32(2, 0xA1)});  // the second field first
-const kvn_antishock_setting kShock{0x61, 0x62, 0x63, 0x64, 0x65, 0x66, 0x67};
 const Bytes kShockBytes =
     cat({u32(2, 0x61), u32(3, 0x62), u32(4, 0x63), u32(5, 0x64), u32(6, 0x65), u32(7, 0x66), u32(8, 0x67)});
 
@@ -177,13 +110,17 @@ void expect_decodes(const char* name, Get get, const Bytes& answer, const Rec& w
 }  // namespace
 
 TEST(SettingsWire, EveryExportsRequest) {
-    const Leds l = leds();
-    const Audio a = audio();
-    const kvn_multi_user_verification_setting m = multi_user();
-    const kvn_biometric_setting bio = biometric();
-    const kvn_lcd_setting lc = lcd();
-    const kvn_device_notification_setting note = notification();
-    const kvn_dac_setting d = dac();
+    // The gets below are answered without a payload: they write nothing into these.
+    Leds l = leds(KVN_BUZZER_COUNT);
+    auto a = std::make_unique<Audio>(audio());
+    kvn_multi_user_verification_setting m = multi_user();
+    kvn_biometric_setting bio = biometric();
+    kvn_lcd_setting lc = lcd();
+    kvn_device_notification_setting note = notification();
+    kvn_dac_setting d = dac();
+    kvn_proximity_sensor_setting prox = kProx;
+    kvn_next_sensor_setting next = kNext;
+    kvn_antishock_setting shock = kShock;
     auto play = zeroed<kvn_audio_play_request>();
     std::strcpy(play.long_text, "L");
     play.value = 0x804;
@@ -191,17 +128,7 @@ TEST(SettingsWire, EveryExportsRequest) {
     std::strcpy(image.name, "logo.png");
     auto sensor = std::make_unique<kvn_fingerprint_sensor_test>();
     sensor->test_value = 0x301;
-    auto out = std::make_unique<Leds>();  // what the gets may write (they read no payload here)
     auto list = std::make_unique<kvn_media_list>();
-    auto au = std::make_unique<Audio>();
-    kvn_multi_user_verification_setting mo;
-    kvn_biometric_setting bo;
-    kvn_lcd_setting lo;
-    kvn_device_notification_setting no;
-    kvn_proximity_sensor_setting po;
-    kvn_next_sensor_setting nx;
-    kvn_antishock_setting so;
-    kvn_dac_setting dout;
     uint32_t u = 0;
     struct Row {
         const char* name;
@@ -212,36 +139,36 @@ TEST(SettingsWire, EveryExportsRequest) {
     const Row rows[] = {
         {"set single led", [&](auto c) { return kvn_set_single_led_setting(c, l.e, 1); }, kSet, 104, led_entry(1)},
         {"set all led", [&](auto c) { return kvn_set_all_led_setting(c, l.e); }, kSet, 104, led_entries(17)},
-        {"get led", [&](auto c) { return kvn_get_led_setting(c, out->e); }, kGet, 104, {}},
+        {"get led", [&](auto c) { return kvn_get_led_setting(c, l.e); }, kGet, 104, {}},
         {"reset led", kvn_reset_led_setting, kReset, 104, {}},
         {"set single buzzer", [&](auto c) { return kvn_set_single_buzzer_setting(c, l.e, 18); }, kSet, 111,
          led_entry(18)},
         {"set all buzzer", [&](auto c) { return kvn_set_all_buzzer_setting(c, l.e); }, kSet, 111, led_entries(18)},
-        {"get buzzer", [&](auto c) { return kvn_get_buzzer_setting(c, out->e); }, kGet, 111, {}},
+        {"get buzzer", [&](auto c) { return kvn_get_buzzer_setting(c, l.e); }, kGet, 111, {}},
         {"reset buzzer", kvn_reset_buzzer_setting, kReset, 111, {}},
         // The single-entry form: whole text arrays, value under tag 8.
-        {"set single audio", [&](auto c) { return kvn_set_single_audio_setting(c, a.e, 3); }, kSet, 110,
+        {"set single audio", [&](auto c) { return kvn_set_single_audio_setting(c, a->e, 3); }, kSet, 110,
          box(1, cat({u32(3, 3), el(4, whole("hi", 51)), u8(5, 0x53), el(6, whole("long text", 256)), u32(8, 0x703)}))},
-        {"set all audio", [&](auto c) { return kvn_set_all_audio_setting(c, a.e); }, kSet, 110, audio_entries()},
-        {"get audio", [&](auto c) { return kvn_get_audio_setting(c, au->e); }, kGet, 110, {}},
+        {"set all audio", [&](auto c) { return kvn_set_all_audio_setting(c, a->e); }, kSet, 110, audio_entries()},
+        {"get audio", [&](auto c) { return kvn_get_audio_setting(c, a->e); }, kGet, 110, {}},
         {"reset audio", kvn_reset_audio_setting, kReset, 110, {}},
         {"play audio", [&](auto c) { return kvn_play_audio(c, &play); }, kSet, 801, cat({text(6, "L"), u32(8, 0x804)})},
         {"audio list", [&](auto c) { return kvn_retrieve_audio_list(c, list.get()); }, kGet, 803, {}},
         {"image list", [&](auto c) { return kvn_retrieve_image_list(c, list.get()); }, kGet, 140, {}},
         {"display image", [&](auto c) { return kvn_display_image(c, &image); }, kSet, 205, text(3, "logo.png")},
         {"set lcd", [&](auto c) { return kvn_set_lcd_settings(c, &lc); }, kSet, 149, kLcd},
-        {"get lcd", [&](auto c) { return kvn_get_lcd_settings(c, &lo); }, kGet, 149, {}},
+        {"get lcd", [&](auto c) { return kvn_get_lcd_settings(c, &lc); }, kGet, 149, {}},
         {"reset lcd", kvn_reset_lcd_settings, kReset, 149, {}},
         {"set notification", [&](auto c) { return kvn_set_device_notification_setting(c, &note); }, kSet, 507,
          kNotification},
-        {"get notification", [&](auto c) { return kvn_get_device_notification_setting(c, &no); }, kGet, 507, {}},
+        {"get notification", [&](auto c) { return kvn_get_device_notification_setting(c, &note); }, kGet, 507, {}},
         {"reset notification", kvn_reset_device_notification_setting, kReset, 507, {}},
         {"set biometric", [&](auto c) { return kvn_set_biometric_setting(c, &bio); }, kSet, 108, kBiometric},
-        {"get biometric", [&](auto c) { return kvn_get_biometric_setting(c, &bo); }, kGet, 108, {}},
+        {"get biometric", [&](auto c) { return kvn_get_biometric_setting(c, &bio); }, kGet, 108, {}},
         {"reset biometric", kvn_reset_biometric_setting, kReset, 108, {}},
         {"set multi-user", [&](auto c) { return kvn_set_multi_user_verification_setting(c, &m); }, kSet, 139,
          multi_user_bytes()},
-        {"get multi-user", [&](auto c) { return kvn_get_multi_user_verification_setting(c, &mo); }, kGet, 139, {}},
+        {"get multi-user", [&](auto c) { return kvn_get_multi_user_verification_setting(c, &m); }, kGet, 139, {}},
         {"reset multi-user", kvn_reset_multi_user_verification_setting, kReset, 139, {}},
         {"sensor test", [&](auto c) { return kvn_test_fingerprint_sensor(c, sensor.get()); }, kGet, 301,
          u32(7, 0x301)},
@@ -250,14 +177,14 @@ TEST(SettingsWire, EveryExportsRequest) {
          u32(1, 0x303)},
         {"get auto-on", [&](auto c) { return kvn_get_fingerprint_sensor_autoon_status(c, &u); }, kGet, 303, {}},
         {"reset auto-on", kvn_reset_fingerprint_sensor_autoon_status, kReset, 303, {}},
-        {"set proximity", [](auto c) { return kvn_set_proximity_sensor_settings(c, &kProx); }, kSet, 304, kProxBytes},
-        {"get proximity", [&](auto c) { return kvn_get_proximity_sensor_settings(c, &po); }, kGet, 304, {}},
+        {"set proximity", [&](auto c) { return kvn_set_proximity_sensor_settings(c, &prox); }, kSet, 304, kProxBytes},
+        {"get proximity", [&](auto c) { return kvn_get_proximity_sensor_settings(c, &prox); }, kGet, 304, {}},
         {"reset proximity", kvn_reset_proximity_sensor_settings, kReset, 304, {}},
-        {"set next sensor", [](auto c) { return kvn_set_next_sensor_settings(c, &kNext); }, kSet, 166, kNextBytes},
-        {"get next sensor", [&](auto c) { return kvn_get_next_sensor_settings(c, &nx); }, kGet, 166, {}},
+        {"set next sensor", [&](auto c) { return kvn_set_next_sensor_settings(c, &next); }, kSet, 166, kNextBytes},
+        {"get next sensor", [&](auto c) { return kvn_get_next_sensor_settings(c, &next); }, kGet, 166, {}},
         {"reset next sensor", kvn_next_sensor_settings, kReset, 166, {}},
-        {"set anti-shock", [](auto c) { return kvn_set_antishock_settings(c, &kShock); }, kSet, 306, kShockBytes},
-        {"get anti-shock", [&](auto c) { return kvn_get_antishock_settings(c, &so); }, kGet, 306, {}},
+        {"set anti-shock", [&](auto c) { return kvn_set_antishock_settings(c, &shock); }, kSet, 306, kShockBytes},
+        {"get anti-shock", [&](auto c) { return kvn_get_antishock_settings(c, &shock); }, kGet, 306, {}},
         {"reset anti-shock", kvn_reset_antishock_settings, kReset, 306, {}},
         {"clear anti-shock", kvn_clear_reenable_antishock_alarm, kSet, 306, {0x01, 0x04, 0x01, 0x00, 0x00, 0x00}},
         {"set fire alarm", [](auto c) { return kvn_set_fire_alarm_state(c, 0x01020304); }, kSet, 305,
@@ -266,7 +193,7 @@ TEST(SettingsWire, EveryExportsRequest) {
         {"reset fire alarm", kvn_reset_fire_alarm_state, kReset, 305, {}},
         {"clear fire alarm", kvn_clear_reenable_fire_alarm, kSet, 305, {0x09, 0x04, 0x01, 0x00, 0x00, 0x00}},
         {"set dac", [&](auto c) { return kvn_set_dac_settings(c, &d); }, kSet, 115, kDacSet},
-        {"get dac", [&](auto c) { return kvn_get_dac_settings(c, &dout); }, kGet, 115, {}},
+        {"get dac", [&](auto c) { return kvn_get_dac_settings(c, &d); }, kGet, 115, {}},
         {"reset dac", kvn_reset_dac_settings, kReset, 115, {}},
         {"open door", [](auto c) { return kvn_open_door_for_time(c, 10, -2); }, kSet, 115,
          cat({u32(8, 10), u32(7, 0xFFFFFFFEu)})},
@@ -298,10 +225,9 @@ TEST(SettingsWire, EveryExportsRequest) {
 }
 
 TEST(SettingsWire, DecodersStoreEveryFieldByItsTag) {
-    Leds want_leds = leds();
-    std::memset(&want_leds.e[KVN_LED_COUNT], 0, sizeof(kvn_led_setting));  // 17 LEDs
-    expect_decodes("led", [](auto c, Leds* r) { return kvn_get_led_setting(c, r->e); }, led_entries(17), want_leds);
-    expect_decodes("buzzer", [](auto c, Leds* r) { return kvn_get_buzzer_setting(c, r->e); }, led_entries(18), leds());
+    expect_decodes("led", [](auto c, Leds* r) { return kvn_get_led_setting(c, r->e); }, led_entries(17), leds(17));
+    expect_decodes("buzzer", [](auto c, Leds* r) { return kvn_get_buzzer_setting(c, r->e); }, led_entries(18),
+                   leds(18));
     expect_decodes("audio", [](auto c, Audio* r) { return kvn_get_audio_setting(c, r->e); }, audio_entries(), audio());
     expect_decodes("multi-user", kvn_get_multi_user_verification_setting, multi_user_bytes(), multi_user());
     expect_decodes("biometric", kvn_get_biometric_setting, kBiometric, biometric());
