@@ -1,6 +1,5 @@
 #include "peer.h"
 
-#include <cstring>
 
 #ifdef _WIN32
 #include <winsock2.h>
@@ -8,7 +7,7 @@
 #else
 #include <arpa/inet.h>
 #include <netinet/in.h>
-#include <poll.h>
+#include <sys/select.h>
 #include <sys/socket.h>
 #include <unistd.h>
 #endif
@@ -20,16 +19,11 @@ constexpr sock_t kNone = static_cast<sock_t>(-1);
 
 // Whether a connection waits on the listener, after at most `ms`.
 bool pending(sock_t listener, int ms) {
-#ifdef _WIN32
     fd_set set;
     FD_ZERO(&set);
-    FD_SET(static_cast<SOCKET>(listener), &set);
+    FD_SET(listener, &set);
     timeval limit{0, ms * 1000};
-    return ::select(0, &set, nullptr, nullptr, &limit) == 1;
-#else
-    pollfd p{listener, POLLIN, 0};
-    return ::poll(&p, 1, ms) == 1;
-#endif
+    return ::select(static_cast<int>(listener) + 1, &set, nullptr, nullptr, &limit) == 1;
 }
 }  // namespace
 
@@ -88,15 +82,6 @@ LoopbackPeer::~LoopbackPeer() {
 #ifdef _WIN32
     WSACleanup();
 #endif
-}
-
-kvn_device_conn LoopbackPeer::conn() const {
-    kvn_device_conn c;
-    std::memset(&c, 0, sizeof c);
-    c.ip_address = "127.0.0.1";
-    c.port = port_;
-    c.link.conn_type = KVN_CONN_TCP;
-    return c;
 }
 
 Bytes read_bytes(sock_t s, size_t n) {

@@ -126,6 +126,15 @@ struct ShortWaits {
 
 // --- Loopback peer ---------------------------------------------------------------
 
+// A TCP connection record for 127.0.0.1:port.
+inline kvn_device_conn tcp_conn(uint16_t port) {
+    kvn_device_conn c{};
+    c.ip_address = "127.0.0.1";
+    c.port = port;
+    c.link.conn_type = KVN_CONN_TCP;
+    return c;
+}
+
 #ifndef _WIN32
 using sock_t = int;
 #else
@@ -143,8 +152,7 @@ public:
     LoopbackPeer(const LoopbackPeer&) = delete;
     LoopbackPeer& operator=(const LoopbackPeer&) = delete;
     uint16_t port() const { return port_; }
-    // A connection record for this peer (TCP).
-    kvn_device_conn conn() const;
+    kvn_device_conn conn() const { return tcp_conn(port_); }
 
 private:
     sock_t listener_;

@@ -28,7 +28,7 @@ namespace {
 struct Session {
     std::unique_ptr<kvnsim::Simulator> sim;
     std::wstring path;
-    kvn_device_conn conn = zeroed<kvn_device_conn>();
+    kvn_device_conn conn{};
 
     explicit Session(bool serial, kvnsim::Faults faults = {}) {
         kvnsim::Options o;
@@ -39,11 +39,9 @@ struct Session {
         if (!sim->start(&error)) ADD_FAILURE() << error;
         const std::string p = sim->serial_path();
         path.assign(p.begin(), p.end());
-        conn.ip_address = "127.0.0.1";
-        conn.port = sim->port();
-        conn.serial_port = path.c_str();
-        conn.baud_rate = 115200;
-        conn.link.conn_type = serial ? KVN_CONN_SERIAL : KVN_CONN_TCP;
+        conn = tcp_conn(sim->port());
+        conn.serial_port = path.c_str(), conn.baud_rate = 115200;
+        if (serial) conn.link.conn_type = KVN_CONN_SERIAL;
     }
 };
 
@@ -162,20 +160,15 @@ TEST(TerminalFaults, BecomeStatusCodes) {
         kvnsim::Faults faults;
         int32_t rc;
     };
-    auto with = [](auto change) {
-        kvnsim::Faults f;
-        change(f);
-        return f;
-    };
     const Case cases[] = {
-        {"latency within the wait", with([](auto& f) { f.latency_ms = 50; }), 0},
-        {"latency beyond the wait", with([](auto& f) { f.latency_ms = 1500; }), KVN_E_READ_TIMEOUT},
-        {"no answer", with([](auto& f) { f.no_answer = true; }), KVN_E_READ_TIMEOUT},
-        {"closed in the header", with([](auto& f) { f.close_after_bytes = 10; }), KVN_E_READ_TIMEOUT},
-        {"closed in the payload", with([](auto& f) { f.close_after_bytes = 30; }), KVN_E_READ_TIMEOUT},
-        {"wrong sync word", with([](auto& f) { f.bad_sync = true; }), KVN_E_INVALID_SYNC_WORD},
-        {"wrong CRC", with([](auto& f) { f.bad_crc = true; }), KVN_E_CRC_MISMATCH},
-        {"one byte per write", with([](auto& f) { f.byte_by_byte = true; }), 0},
+        {"latency within the wait", kvnsim::Faults{.latency_ms = 50}, 0},
+        {"latency beyond the wait", kvnsim::Faults{.latency_ms = 1500}, KVN_E_READ_TIMEOUT},
+        {"no answer", kvnsim::Faults{.no_answer = true}, KVN_E_READ_TIMEOUT},
+        {"closed in the header", kvnsim::Faults{.close_after_bytes = 10}, KVN_E_READ_TIMEOUT},
+        {"closed in the payload", kvnsim::Faults{.close_after_bytes = 30}, KVN_E_READ_TIMEOUT},
+        {"wrong sync word", kvnsim::Faults{.bad_sync = true}, KVN_E_INVALID_SYNC_WORD},
+        {"wrong CRC", kvnsim::Faults{.bad_crc = true}, KVN_E_CRC_MISMATCH},
+        {"one byte per write", kvnsim::Faults{.byte_by_byte = true}, 0},
     };
     for (const Case& k : cases) {
         Session s(false, k.faults);

@@ -9,16 +9,13 @@
 // until that connection closes. The object holds a Windows Sockets start-up of its
 // own while it runs.
 //
-// What a remote simulator cannot do is refused loudly rather than ignored: a state
-// directory (it would be a Linux path), a prefilled journal, and changing faults or
-// presenting a finger or a card after start (kvn-sim takes those on its command line
-// only). Tests that need them stay Linux-only.
+// What a remote simulator cannot do is refused rather than ignored: start() fails with
+// a state directory (it would be a Linux path) or a prefilled journal, and the controls
+// of a running simulator (faults, finger, card, counters) are not defined here, so that
+// a Windows test calling them fails to link. Tests that need them stay in posix_*.cpp.
 #if KVN_REMOTE_SIM
 
-#include <gtest/gtest.h>
-
 #include <string>
-#include <vector>
 
 #include "kvnsim.h"
 #include "win32_terminal.h"
@@ -27,7 +24,6 @@ namespace kvnsim {
 
 struct Simulator::Impl {
     Options options;
-    std::vector<uint8_t> card;
     SOCKET control = INVALID_SOCKET;
     bool wsa = false;
     std::string ip, com;
@@ -36,7 +32,7 @@ struct Simulator::Impl {
 
 namespace {
 
-std::string command_line(const Options& o, const std::vector<uint8_t>& card) {
+std::string command_line(const Options& o) {
     std::string args;
     auto add = [&](const std::string& a) { args += (args.empty() ? "" : " ") + a; };
     if (o.serial) add("--serial");
@@ -47,18 +43,7 @@ std::string command_line(const Options& o, const std::vector<uint8_t>& card) {
     if (f.bad_sync) add("--bad-sync");
     if (f.bad_crc) add("--bad-crc");
     if (f.byte_by_byte) add("--byte-by-byte");
-    if (!card.empty()) {
-        static const char hex[] = "0123456789abcdef";
-        std::string h;
-        for (const uint8_t b : card) h += std::string{hex[b >> 4], hex[b & 15]};
-        add("--card " + h);
-    }
     return args;
-}
-
-void refuse(const char* what) {
-    ADD_FAILURE() << what << " needs the in-process simulator; the Windows build talks to a Linux kvn-sim "
-                     "that takes it only on its command line (keep such tests in posix_*.cpp)";
 }
 
 }  // namespace
@@ -90,7 +75,7 @@ bool Simulator::start(std::string* error) {
     addr.sin_addr.s_addr = inet_addr(cfg.sim_ip.c_str());
     if (m.control == INVALID_SOCKET || ::connect(m.control, reinterpret_cast<sockaddr*>(&addr), sizeof addr) != 0)
         return fail("cannot reach the simulator launcher");
-    const std::string request = command_line(m.options, m.card) + "\n";
+    const std::string request = command_line(m.options) + "\n";
     if (::send(m.control, request.data(), static_cast<int>(request.size()), 0) != static_cast<int>(request.size()))
         return fail("send");
     std::string line;
@@ -130,31 +115,6 @@ bool Simulator::running() const { return impl_->port != 0 || !impl_->com.empty()
 uint16_t Simulator::port() const { return impl_->port; }
 std::string Simulator::address() const { return running() ? impl_->ip + ":" + std::to_string(impl_->port) : ""; }
 std::string Simulator::serial_path() const { return impl_->com; }  // \\.\COMn
-
-void Simulator::set_faults(const Faults& faults) {
-    if (running()) refuse("changing faults of a running simulator");
-    impl_->options.faults = faults;
-}
-Faults Simulator::faults() const { return impl_->options.faults; }
-
-void Simulator::present_finger(const std::string&, uint8_t) { refuse("present_finger"); }
-void Simulator::remove_finger() { refuse("remove_finger"); }
-void Simulator::present_card(const std::vector<uint8_t>& serial) {
-    if (running()) refuse("presenting a card to a running simulator");
-    impl_->card = serial;
-}
-void Simulator::remove_card() {
-    if (running()) refuse("removing the card from a running simulator");
-    impl_->card.clear();
-}
-uint64_t Simulator::requests() const {
-    refuse("requests()");
-    return 0;
-}
-uint64_t Simulator::connections() const {
-    refuse("connections()");
-    return 0;
-}
 
 }  // namespace kvnsim
 
