@@ -124,8 +124,7 @@ TEST_P(SettingsE2E, EveryFamilyRoundTripsAndEveryActionIsAccepted) {
         },
         kvn_get_dac_settings, kvn_reset_dac_settings);
 
-    auto play = zeroed<kvn_audio_play_request>();
-    std::strcpy(play.short_text, "tone 1");
+    kvn_audio_play_request play{"tone 1", {}, 1};
     auto test = std::make_unique<kvn_fingerprint_sensor_test>();
     auto list = std::make_unique<kvn_media_list>();
     const std::function<int32_t(kvn_device_conn*)> actions[] = {

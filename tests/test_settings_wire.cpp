@@ -121,11 +121,8 @@ TEST(SettingsWire, EveryExportsRequest) {
     kvn_proximity_sensor_setting prox = kProx;
     kvn_next_sensor_setting next = kNext;
     kvn_antishock_setting shock = kShock;
-    auto play = zeroed<kvn_audio_play_request>();
-    std::strcpy(play.long_text, "L");
-    play.value = 0x804;
-    auto image = zeroed<kvn_display_image_request>();
-    std::strcpy(image.name, "logo.png");
+    kvn_audio_play_request play{{}, "L", 0x804};
+    kvn_display_image_request image{"logo.png"};
     auto sensor = std::make_unique<kvn_fingerprint_sensor_test>();
     sensor->test_value = 0x301;
     auto list = std::make_unique<kvn_media_list>();
