@@ -1,20 +1,21 @@
 // kvnsim::Simulator for the Windows test binary: the simulated terminal cannot run
 // inside a Windows process, so each Simulator object starts a fresh Linux kvn-sim of
-// its own through the launcher of scripts/wine-terminal (kvntest::RemoteSimulator)
-// and reaches it over loopback TCP, or over a COM port with `serial`. The end-to-end
-// tests written against the in-process simulator thus run unchanged on both builds.
+// its own through the launcher port of scripts/wine-terminal and reaches it over
+// loopback TCP, or over a COM port with `serial`. The end-to-end tests written against
+// the in-process simulator thus run unchanged on both builds.
 //
-// What a remote simulator cannot do is refused loudly rather than ignored: a state
-// directory (it would be a Linux path), a prefilled journal, and changing faults or
-// presenting a finger or a card after start (kvn-sim takes those on its command line
-// only). Tests that need them stay Linux-only.
+// The launcher protocol: connect, send one line of extra kvn-sim options, read back
+// "ok 127.0.0.1:PORT", "ok COMn" (with --serial) or "error TEXT"; the simulator runs
+// until that connection closes. The object holds a Windows Sockets start-up of its
+// own while it runs.
+//
+// What a remote simulator cannot do is refused rather than ignored: start() fails with
+// a state directory (it would be a Linux path) or a prefilled journal, and the controls
+// of a running simulator (faults, finger, card, counters) are not defined here, so that
+// a Windows test calling them fails to link. Tests that need them stay in posix_*.cpp.
 #if KVN_REMOTE_SIM
 
-#include <gtest/gtest.h>
-
-#include <memory>
 #include <string>
-#include <vector>
 
 #include "kvnsim.h"
 #include "win32_terminal.h"
@@ -23,13 +24,15 @@ namespace kvnsim {
 
 struct Simulator::Impl {
     Options options;
-    std::vector<uint8_t> card;
-    std::unique_ptr<kvntest::RemoteSimulator> remote;
+    SOCKET control = INVALID_SOCKET;
+    bool wsa = false;
+    std::string ip, com;
+    uint16_t port = 0;
 };
 
 namespace {
 
-std::string command_line(const Options& o, const std::vector<uint8_t>& card) {
+std::string command_line(const Options& o) {
     std::string args;
     auto add = [&](const std::string& a) { args += (args.empty() ? "" : " ") + a; };
     if (o.serial) add("--serial");
@@ -40,21 +43,7 @@ std::string command_line(const Options& o, const std::vector<uint8_t>& card) {
     if (f.bad_sync) add("--bad-sync");
     if (f.bad_crc) add("--bad-crc");
     if (f.byte_by_byte) add("--byte-by-byte");
-    if (!card.empty()) {
-        static const char hex[] = "0123456789abcdef";
-        std::string h;
-        for (const uint8_t b : card) {
-            h.push_back(hex[b >> 4]);
-            h.push_back(hex[b & 15]);
-        }
-        add("--card " + h);
-    }
     return args;
-}
-
-void refuse(const char* what) {
-    ADD_FAILURE() << what << " needs the in-process simulator; the Windows build talks to a Linux kvn-sim "
-                     "that takes it only on its command line (keep such tests in posix_*.cpp)";
 }
 
 }  // namespace
@@ -65,66 +54,67 @@ Simulator::~Simulator() { stop(); }
 
 bool Simulator::start(std::string* error) {
     stop();
-    if (!impl_->options.state_dir.empty() || impl_->options.prefill_logs != 0) {
-        if (error != nullptr) *error = "a state directory or a prefilled journal needs the in-process simulator";
+    Impl& m = *impl_;
+    auto fail = [&](const std::string& why) {
+        if (error != nullptr) *error = why;
+        stop();
         return false;
+    };
+    if (!m.options.state_dir.empty() || m.options.prefill_logs != 0)
+        return fail("a state directory or a prefilled journal needs the in-process simulator");
+    const kvntest::TerminalConfig cfg = kvntest::terminal_config();
+    if (cfg.sim_port == 0)
+        return fail("no simulator launcher (KVN_TEST_TERMINAL): build kvn-sim with the default preset, run through ctest");
+    WSADATA wsa;
+    if (WSAStartup(MAKEWORD(2, 2), &wsa) != 0) return fail("WSAStartup");
+    m.wsa = true;
+    m.control = ::socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in addr{};
+    addr.sin_family = AF_INET;
+    addr.sin_port = htons(cfg.sim_port);
+    addr.sin_addr.s_addr = inet_addr(cfg.sim_ip.c_str());
+    if (m.control == INVALID_SOCKET || ::connect(m.control, reinterpret_cast<sockaddr*>(&addr), sizeof addr) != 0)
+        return fail("cannot reach the simulator launcher");
+    const std::string request = command_line(m.options) + "\n";
+    if (::send(m.control, request.data(), static_cast<int>(request.size()), 0) != static_cast<int>(request.size()))
+        return fail("send");
+    std::string line;
+    for (char c = 0; line.size() < 512; line.push_back(c)) {
+        fd_set set;
+        FD_ZERO(&set);
+        FD_SET(m.control, &set);
+        timeval limit{15, 0};
+        if (::select(0, &set, nullptr, nullptr, &limit) != 1 || ::recv(m.control, &c, 1, 0) != 1)
+            return fail("no answer from the launcher");
+        if (c == '\n') break;
     }
-    auto remote = std::make_unique<kvntest::RemoteSimulator>(command_line(impl_->options, impl_->card));
-    std::string why;
-    if (!remote->start(&why)) {
-        if (error != nullptr) {
-            *error = "no Linux kvn-sim (" + why + "): build it with the default preset and run through ctest";
-        }
-        return false;
+    const size_t colon = line.rfind(':');
+    if (line.rfind("ok COM", 0) == 0) {
+        m.com = "\\\\.\\" + line.substr(3);
+    } else if (line.rfind("ok ", 0) == 0 && colon != std::string::npos) {
+        m.ip = line.substr(3, colon - 3);
+        m.port = static_cast<uint16_t>(std::strtol(line.c_str() + colon + 1, nullptr, 10));
+    } else {
+        return fail(line);
     }
-    impl_->remote = std::move(remote);
     return true;
 }
 
-void Simulator::stop() { impl_->remote.reset(); }
-bool Simulator::running() const { return impl_->remote != nullptr; }
-uint16_t Simulator::port() const { return impl_->remote ? impl_->remote->port() : 0; }
-
-std::string Simulator::address() const {
-    return impl_->remote ? impl_->remote->ip() + ":" + std::to_string(impl_->remote->port()) : std::string();
+void Simulator::stop() {
+    Impl& m = *impl_;
+    if (m.control != INVALID_SOCKET) ::closesocket(m.control);  // ends the Linux simulator
+    if (m.wsa) WSACleanup();
+    m.control = INVALID_SOCKET;
+    m.wsa = false;
+    m.ip.clear();
+    m.com.clear();
+    m.port = 0;
 }
 
-// The COM port's device name (\\.\COMn), in narrow text.
-std::string Simulator::serial_path() const {
-    if (!impl_->remote) return std::string();
-    const std::wstring& w = impl_->remote->serial_port();
-    return std::string(w.begin(), w.end());
-}
-
-void Simulator::set_faults(const Faults& faults) {
-    if (running()) refuse("changing faults of a running simulator");
-    impl_->options.faults = faults;
-}
-
-Faults Simulator::faults() const { return impl_->options.faults; }
-
-void Simulator::present_finger(const std::string&, uint8_t) { refuse("present_finger"); }
-void Simulator::remove_finger() { refuse("remove_finger"); }
-
-void Simulator::present_card(const std::vector<uint8_t>& serial) {
-    if (running()) refuse("presenting a card to a running simulator");
-    impl_->card = serial;
-}
-
-void Simulator::remove_card() {
-    if (running()) refuse("removing the card from a running simulator");
-    impl_->card.clear();
-}
-
-uint64_t Simulator::requests() const {
-    refuse("requests()");
-    return 0;
-}
-
-uint64_t Simulator::connections() const {
-    refuse("connections()");
-    return 0;
-}
+bool Simulator::running() const { return impl_->port != 0 || !impl_->com.empty(); }
+uint16_t Simulator::port() const { return impl_->port; }
+std::string Simulator::address() const { return running() ? impl_->ip + ":" + std::to_string(impl_->port) : ""; }
+std::string Simulator::serial_path() const { return impl_->com; }  // \\.\COMn
 
 }  // namespace kvnsim
 

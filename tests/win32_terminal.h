@@ -7,7 +7,7 @@
 //   tcp 127.0.0.1 PORT
 //   serial COM5 COM6          (ports with the helper at the far end)
 //   not-a-port COM7           (opens, but is no communication port)
-//   sim-launcher 127.0.0.1 PORT  (when a Linux kvn-sim is at hand; see RemoteSimulator)
+//   sim-launcher 127.0.0.1 PORT  (when a Linux kvn-sim is at hand; see win32_remote_sim.cpp)
 // Requests with command 1 get a line report (serial only), 2 an echo of the payload
 // in three pieces, 3 the same echo after 1.5 s; see scripts/wine-terminal.c.
 #pragma once
@@ -79,94 +79,6 @@ inline bool under_wine() {
     const HMODULE ntdll = GetModuleHandleW(L"ntdll.dll");
     return ntdll != nullptr && GetProcAddress(ntdll, "wine_get_version") != nullptr;
 }
-
-// A fresh simulated terminal (the Linux kvn-sim) for as long as the object runs:
-// start() asks the launcher port of scripts/wine-terminal for one, passing extra
-// kvn-sim options (for example "--bad-crc" or "--serial"); stop() closes that
-// connection, which ends the simulator. Like the in-process simulator it offers
-// start(), port() and stop(); a serial one names its COM port instead.
-// It holds a Windows Sockets start-up of its own while it runs.
-class RemoteSimulator {
-public:
-    explicit RemoteSimulator(std::string options = std::string()) : options_(std::move(options)) {}
-    ~RemoteSimulator() { stop(); }
-    RemoteSimulator(const RemoteSimulator&) = delete;
-    RemoteSimulator& operator=(const RemoteSimulator&) = delete;
-
-    // Whether the fixture offers simulators (a kvn-sim was found when it started).
-    static bool available() { return terminal_config().sim_port != 0; }
-
-    bool start(std::string* error = nullptr) {
-        stop();
-        auto fail = [&](const std::string& why) {
-            if (error != nullptr) *error = why;
-            stop();
-            return false;
-        };
-        const TerminalConfig cfg = terminal_config();
-        if (cfg.sim_port == 0) return fail("no simulator launcher (KVN_TEST_TERMINAL)");
-        WSADATA wsa;
-        if (WSAStartup(MAKEWORD(2, 2), &wsa) != 0) return fail("WSAStartup");
-        started_ = true;
-        control_ = ::socket(AF_INET, SOCK_STREAM, 0);
-        if (control_ == INVALID_SOCKET) return fail("socket");
-        sockaddr_in addr;
-        std::memset(&addr, 0, sizeof addr);
-        addr.sin_family = AF_INET;
-        addr.sin_port = htons(cfg.sim_port);
-        addr.sin_addr.s_addr = inet_addr(cfg.sim_ip.c_str());
-        if (::connect(control_, reinterpret_cast<sockaddr*>(&addr), sizeof addr) != 0) return fail("connect");
-        const std::string request = options_ + "\n";
-        if (::send(control_, request.data(), static_cast<int>(request.size()), 0) != static_cast<int>(request.size()))
-            return fail("send");
-        std::string line;
-        char c = 0;
-        while (line.size() < 512) {
-            fd_set set;
-            FD_ZERO(&set);
-            FD_SET(control_, &set);
-            timeval limit{15, 0};
-            if (::select(0, &set, nullptr, nullptr, &limit) != 1 || ::recv(control_, &c, 1, 0) != 1)
-                return fail("no answer from the launcher");
-            if (c == '\n') break;
-            line.push_back(c);
-        }
-        if (line.rfind("ok ", 0) != 0) return fail(line);
-        const std::string where = line.substr(3);
-        if (where.rfind("COM", 0) == 0) {
-            serial_ = device_name(where.c_str());
-        } else {
-            const size_t colon = where.rfind(':');
-            if (colon == std::string::npos) return fail(line);
-            ip_ = where.substr(0, colon);
-            port_ = static_cast<uint16_t>(std::strtol(where.c_str() + colon + 1, nullptr, 10));
-        }
-        return true;
-    }
-
-    void stop() {
-        if (control_ != INVALID_SOCKET) ::closesocket(control_);
-        control_ = INVALID_SOCKET;
-        if (started_) WSACleanup();
-        started_ = false;
-        ip_.clear();
-        port_ = 0;
-        serial_.clear();
-    }
-
-    bool running() const { return control_ != INVALID_SOCKET; }
-    const std::string& ip() const { return ip_; }
-    uint16_t port() const { return port_; }
-    const std::wstring& serial_port() const { return serial_; }  // \\.\COMn, with "--serial"
-
-private:
-    std::string options_;
-    SOCKET control_ = INVALID_SOCKET;
-    bool started_ = false;
-    std::string ip_;
-    uint16_t port_ = 0;
-    std::wstring serial_;
-};
 
 }  // namespace kvntest
 

@@ -23,7 +23,6 @@
 
 #include "kvnsdk2.h"
 #include "kvnsim.h"
-#include "link/crc32.h"
 #include "terminal.h"
 
 namespace kvnsim {
@@ -302,7 +301,7 @@ struct Simulator::Impl {
             } else {
                 if (!in.need(kHeader + n + 4)) return;
                 h = in.data();
-                const uint32_t crc = kvn::crc32(0, h + 4, kHeader - 4 + n);
+                const uint32_t crc = crc32(0, h + 4, kHeader - 4 + n);
                 if (crc != le32(h + kHeader + n)) {
                     reply = Reply::of(KVN_E_INVALID_DATA_RECEIVED);
                     in.consume(kHeader + n + 4);
@@ -337,8 +336,8 @@ struct Simulator::Impl {
             put_le32(head + 16, uint32_t(reply.status));
             put_le32(head + 20, 0);
             put_le32(head + 24, len);
-            uint32_t crc = kvn::crc32(0, head + 4, 24);
-            if (len) crc = kvn::crc32(crc, reply.payload.data(), len);
+            uint32_t crc = crc32(0, head + 4, 24);
+            if (len) crc = crc32(crc, reply.payload.data(), len);
             put_le32(tail, f.bad_crc ? ~crc : crc);
 
             if (f.close_after_bytes >= 0 || f.byte_by_byte) {

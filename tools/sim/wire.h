@@ -74,6 +74,11 @@ inline void put_le32(uint8_t* p, uint32_t v) noexcept {
     p[3] = uint8_t(v >> 24);
 }
 
+// The frame CRC: CRC-32 with the reflected polynomial 0xEDB88320, initial value
+// 0xFFFFFFFF and a final complement (zlib's crc32). Pass 0 to start; pass a
+// finished CRC to continue it over more bytes.
+uint32_t crc32(uint32_t crc, const uint8_t* p, size_t n) noexcept;
+
 // Builds a payload in a growing buffer.
 class Out {
 public:

@@ -1,0 +1,90 @@
+// Settings records in which every field carries a value of its own (padding cleared),
+// so that a field sent, stored or read under the wrong tag shows. The wire test writes
+// their bytes out by hand; the end-to-end tests send them to the simulator.
+#pragma once
+
+#include <cstring>
+
+#include "kvnsdk2.h"
+
+namespace kvntest {
+
+template <class T>
+T zeroed() {
+    T t;
+    std::memset(&t, 0, sizeof t);
+    return t;
+}
+
+// LED and buzzer entries 1 to `count`; the rest stay cleared.
+struct Leds {
+    kvn_led_setting e[KVN_BUZZER_COUNT];
+};
+inline Leds leds(uint32_t count) {
+    auto l = zeroed<Leds>();
+    for (uint32_t i = 1; i <= count; ++i) {
+        kvn_led_setting& x = l.e[i - 1];
+        x.index = i, x.enable = uint8_t(0x80 + i), x.option = i << 8 | 13;
+        for (uint32_t r = 0; r < 3; ++r)
+            for (uint32_t c = 0; c < 3; ++c) x.matrix[r][c] = i << 8 | (4 + 3 * r + c);
+    }
+    return l;
+}
+
+// Audio entries 1 to 18; only entry 3 has texts.
+struct Audio {
+    kvn_audio_setting e[KVN_AUDIO_COUNT];
+};
+inline Audio audio() {
+    auto a = zeroed<Audio>();
+    for (uint32_t i = 1; i <= KVN_AUDIO_COUNT; ++i)
+        a.e[i - 1].index = i, a.e[i - 1].flag = uint8_t(0x50 + i), a.e[i - 1].value = 0x700 + i;
+    std::strcpy(a.e[2].short_text, "hi");
+    std::strcpy(a.e[2].long_text, "long text");
+    return a;
+}
+
+inline kvn_multi_user_verification_setting multi_user() {  // group 1 alone has a text
+    auto m = zeroed<kvn_multi_user_verification_setting>();
+    m.value = 0x101, m.flag = 0x22;
+    for (uint32_t g = 0; g < 3; ++g) m.groups[g].group_value_a = 0x500 + g, m.groups[g].group_value_b = 0x700 + g;
+    std::strcpy(m.groups[1].group_text, "night");
+    return m;
+}
+
+inline kvn_biometric_setting biometric() {
+    auto b = zeroed<kvn_biometric_setting>();
+    b.setting_1 = 0x101, b.setting_2 = 0x102, b.setting_3 = 0x103, b.setting_4 = 0x104, b.setting_5 = 0x105;
+    b.setting_8 = 0x88, b.setting_9 = 0x109, b.setting_10 = 0x10A, b.setting_11 = 0x10B, b.setting_12 = 0x10C;
+    b.setting_13 = 0x10D, b.setting_14 = 0x10E, b.setting_15 = 0x10F;
+    return b;
+}
+
+inline kvn_lcd_setting lcd() {
+    auto l = zeroed<kvn_lcd_setting>();
+    l.value = 0x149;
+    std::strcpy(l.short_text, "Welcome");
+    return l;
+}
+
+inline kvn_device_notification_setting notification() {  // text_b empty
+    auto n = zeroed<kvn_device_notification_setting>();
+    n.flag = 0x11, n.value = 0x55;
+    std::strcpy(n.text_a, "smtp.example.test");
+    std::strcpy(n.text_c, "alarm");
+    return n;
+}
+
+inline kvn_dac_setting dac() {
+    auto d = zeroed<kvn_dac_setting>();
+    d.dac_value_1 = 0xD1, d.dac_value_2 = 0x202, d.dac_value_3 = 0x303, d.dac_value_4 = 0x404;
+    d.dac_value_10 = 0xA0A, d.dac_value_11 = 0xB0B, d.dac_value_12 = 0xC0C, d.dac_value_13 = 0xD0D;
+    d.dac_value_14 = 0xE0E, d.dac_value_6 = 0x606, d.door_open_time = 0x808, d.dac_value_16 = 0x1010;
+    return d;
+}
+
+const kvn_proximity_sensor_setting kProx{0xA1, 0xB2, 0xC3};
+const kvn_next_sensor_setting kNext{0xA1, 0xB2};
+const kvn_antishock_setting kShock{0x61, 0x62, 0x63, 0x64, 0x65, 0x66, 0x67};
+
+}  // namespace kvntest
