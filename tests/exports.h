@@ -5,7 +5,9 @@
 
 #include <cstdint>
 #include <cstring>
+#include <map>
 #include <memory>
+#include <string>
 #include <type_traits>
 #include <vector>
 
@@ -34,6 +36,11 @@ public:
         }
     };
     AnyPtr ptr(int i) { return AnyPtr{arena_.get() + static_cast<size_t>(i) * kSlot / sizeof(std::max_align_t)}; }
+    // The record behind parameter i (1 is the one after the connection).
+    template <class T>
+    T* at(int i) {
+        return static_cast<T*>(ptr(i).p);
+    }
     static AnyNum num() { return AnyNum{}; }
     void clear() { std::memset(arena_.get(), 0, kSlot * kSlots); }
 
@@ -45,6 +52,21 @@ struct ExportCall {
     const char* name;
     int32_t (*call)(Args&);
 };
+
+// Exports that need more than zeroed records to reach the terminal (a file to
+// read, a valid id) fill their arguments here before the call.
+using Setup = void (*)(Args&);
+inline Setup setup_for(const std::string& name) {
+    static const std::map<std::string, Setup> setups = {
+        // @@NETWORK@@
+        // @@TABLES@@
+        // @@USERS@@
+        // @@LOGS@@
+        // @@CARDS@@
+    };
+    const auto it = setups.find(name);
+    return it != setups.end() ? it->second : nullptr;
+}
 
 inline const std::vector<ExportCall>& export_calls() {
     static const std::vector<ExportCall> calls = {
