@@ -169,4 +169,39 @@ Bytes read_request(sock_t s);
 void write_bytes(sock_t s, const Bytes& b);
 void close_socket(sock_t s);
 
+// One export against a peer that records its first request and answers `answer`.
+using Call = std::function<int32_t(kvn_device_conn*)>;
+constexpr uint32_t kSet = 0x00010002, kGet = 0x00020002, kReset = 0x00030002;
+
+struct Seen {
+    uint32_t word = 0, command = 0;
+    Bytes payload;
+    int32_t rc = 99;
+};
+
+inline Seen capture(const Call& call, const Bytes& answer = response(0)) {
+    Seen seen;
+    LoopbackPeer peer([&](sock_t s) {
+        const Bytes req = read_request(s);
+        if (req.size() >= 28) {
+            seen.word = get_le32(req.data() + 8);
+            seen.command = get_le32(req.data() + 16);
+            seen.payload.assign(req.begin() + 24, req.end() - 4);
+        }
+        write_bytes(s, answer);
+    });
+    kvn_device_conn c = peer.conn();
+    EXPECT_EQ(kvn_open_device_conn(&c), 0);
+    seen.rc = call(&c);
+    kvn_close_device_conn(&c);
+    return seen;
+}
+
+// A text field's whole array: the text, then NULs.
+inline Bytes whole(const std::string& s, size_t size) {
+    Bytes b(s.begin(), s.end());
+    b.resize(size, 0);
+    return b;
+}
+
 }  // namespace kvntest
