@@ -217,26 +217,20 @@ constexpr Field make(uint8_t tag, Kind kind, Member<T> m) {
     return f;
 }
 
-template <class T>
-constexpr Field u8(uint8_t tag, Member<T> m) {
-    static_assert(std::is_integral_v<T> && sizeof(T) == 1, "a one-byte row needs a one-byte integer member");
-    return make(tag, Kind::u8, m);
+// Integer rows: the member must be an integer of the wire's width (u32_as_u8: of four bytes).
+template <Kind K, size_t Width, class T>
+constexpr Field integer(uint8_t tag, Member<T> m) {
+    static_assert(std::is_integral_v<T> && sizeof(T) == Width, "the row's width does not fit the member");
+    return make(tag, K, m);
 }
 template <class T>
-constexpr Field u16(uint8_t tag, Member<T> m) {
-    static_assert(std::is_integral_v<T> && sizeof(T) == 2, "a two-byte row needs a two-byte integer member");
-    return make(tag, Kind::u16, m);
-}
+constexpr Field u8(uint8_t tag, Member<T> m) { return integer<Kind::u8, 1>(tag, m); }
 template <class T>
-constexpr Field u32(uint8_t tag, Member<T> m) {
-    static_assert(std::is_integral_v<T> && sizeof(T) == 4, "a four-byte row needs a four-byte integer member");
-    return make(tag, Kind::u32, m);
-}
+constexpr Field u16(uint8_t tag, Member<T> m) { return integer<Kind::u16, 2>(tag, m); }
 template <class T>
-constexpr Field u32_as_u8(uint8_t tag, Member<T> m) {
-    static_assert(std::is_integral_v<T> && sizeof(T) == 4, "a one-byte u32 row needs a four-byte integer member");
-    return make(tag, Kind::u32_as_u8, m);
-}
+constexpr Field u32(uint8_t tag, Member<T> m) { return integer<Kind::u32, 4>(tag, m); }
+template <class T>
+constexpr Field u32_as_u8(uint8_t tag, Member<T> m) { return integer<Kind::u32_as_u8, 4>(tag, m); }
 template <class T>
 constexpr Field address(uint8_t tag, Member<T> m) {
     static_assert(is_byte_array<T> && sizeof(T) >= 16, "an address row needs a text of at least 16 bytes");
