@@ -21,6 +21,10 @@ TEST(TablesE2E, ScheduleTablesRoundTrip) {
     }
     round_trip(&s.conn, "access", *acc, kvn_set_all_access_schedule_setting, kvn_get_all_access_schedule_setting,
                [](auto c) { return kvn_reset_access_schedule_setting(c, 3); });
+    auto names = std::make_unique<kvn_access_schedule_name_list>(zeroed<kvn_access_schedule_name_list>());
+    ASSERT_EQ(kvn_get_access_schedule_list(&s.conn, names.get()), 0);  // schedule 3 was reset
+    EXPECT_STREQ(names->names[63], "access 63");
+    EXPECT_STREQ(names->names[3], "");
     // Every schedule and holiday enabled: names of 21 bytes still fit the 204800-byte buffer.
     auto hol = std::make_unique<kvn_holiday_schedule_table>(zeroed<kvn_holiday_schedule_table>());
     for (uint32_t i = 0; i < KVN_HOLIDAY_SCHEDULE_COUNT; ++i) {
