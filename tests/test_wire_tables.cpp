@@ -4,7 +4,9 @@
 // field stored under the wrong tag shows. Records are patterned: every field differs.
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <functional>
+#include <memory>
 #include <string>
 
 #include "peer.h"
