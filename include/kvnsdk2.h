@@ -1903,7 +1903,8 @@ KVN_API int32_t kvn_reset_access_schedule_setting(kvn_device_conn *conn, uint32_
  * @par Request: get (0x00020002), command 119.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1009 an index of 64 or more; decoding stops, the names before it stay stored.
- * @retval -1 malformed answer, or one of 51200 bytes or more.
+ * @retval -1 no memory for the 51200-byte exchange buffer (nothing is sent), a malformed
+ *            answer, or one of 51200 bytes or more.
  * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
  */
 KVN_API int32_t kvn_get_access_schedule_list(kvn_device_conn *conn, kvn_access_schedule_name_list *list);
