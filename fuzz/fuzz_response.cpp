@@ -86,6 +86,18 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         // @@NETWORK@@
 
         // Specific-purpose I/O, time attendance, job codes, VoIP, schedules: cases 200 to 299.
+        case 200: kvn_get_specific_purpose_input_setting(&c, keep<kvn_specific_purpose_input_setting>()); break;
+        case 201: kvn_get_specific_purpose_output_setting(&c, keep<kvn_specific_purpose_output_setting>()); break;
+        case 202: kvn_get_time_attendance_setting(&c, keep<kvn_time_attendance_setting>()); break;
+        case 203: kvn_get_job_code_list(&c, keep<kvn_job_code_list>()); break;
+        case 204: kvn_get_voip_setting(&c, keep<kvn_voip_setting>()); break;
+        case 205: kvn_get_voip_contact_list(&c, keep<kvn_voip_contact_list>()); break;
+        case 206: kvn_get_voip_default_contact(&c, keep<kvn_voip_contact>()); break;
+        case 207: kvn_get_biometric_schedule_setting(&c, keep<kvn_week_schedule>()); break;
+        case 208: kvn_get_door_open_schedule_setting(&c, keep<kvn_week_schedule>()); break;
+        case 209: kvn_get_all_holiday_schedule_setting(&c, keep<kvn_holiday_schedule_table>()); break;
+        case 210: kvn_get_all_access_schedule_setting(&c, keep<kvn_access_schedule_table>()); break;
+        case 211: kvn_get_access_schedule_list(&c, keep<kvn_access_schedule_name_list>()); break;
         // @@TABLES@@
 
         // Users, enrolment, identification, verification, smart cards: cases 300 to 399.

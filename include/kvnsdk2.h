@@ -1353,6 +1353,562 @@ KVN_API int32_t kvn_clear_door_force_open_alarm(kvn_device_conn *conn);
 /* Specific-purpose I/O, time attendance, job codes, VoIP and schedules */
 /* ------------------------------------------------------------------------- */
 
+/** Output entries of the specific-purpose output settings (command 113). */
+#define KVN_SPECIFIC_PURPOSE_OUTPUT_COUNT 9
+/** Slots of each time attendance array; slots 1 to 16 are the numbered items, slot 0 is never sent. */
+#define KVN_TIME_ATTENDANCE_SLOTS 17
+/** Entries of the time attendance settings (command 109). */
+#define KVN_TIME_ATTENDANCE_ENTRIES 24
+/** Bytes of a time attendance text, its NUL included. */
+#define KVN_TIME_ATTENDANCE_TEXT 51
+/** Job codes of a kvn_job_code_list (command 146). */
+#define KVN_JOB_CODE_COUNT 32
+/** Contacts of a kvn_voip_contact_list (command 145). */
+#define KVN_VOIP_CONTACT_COUNT 10
+/** Weekdays of a week or access schedule, index 0 to 6. */
+#define KVN_WEEKDAY_COUNT 7
+/** Holiday schedules of a kvn_holiday_schedule_table (command 106). */
+#define KVN_HOLIDAY_SCHEDULE_COUNT 64
+/** Holidays of one holiday schedule. */
+#define KVN_HOLIDAY_COUNT 50
+/** Access schedules of a kvn_access_schedule_table (command 105). */
+#define KVN_ACCESS_SCHEDULE_COUNT 64
+/** Bytes of a schedule or holiday name field; a name read back has no NUL added. */
+#define KVN_SCHEDULE_NAME 51
+
+/* Fields are named by the tag that carries them; their meaning is the terminal's. */
+/** Specific-purpose input settings (command 112): three inputs of three fields each. */
+typedef struct kvn_specific_purpose_input_setting {
+    uint32_t input_1_value_a;  /* tag 2 */
+    uint8_t input_1_flag;      /* tag 3 */
+    uint32_t input_1_value_b;  /* tag 1 */
+    uint32_t input_2_value_a;  /* tag 5 */
+    uint8_t input_2_flag;      /* tag 6 */
+    uint32_t input_2_value_b;  /* tag 4 */
+    uint32_t input_3_value_a;  /* tag 8 */
+    uint8_t input_3_flag;      /* tag 9 */
+    uint32_t input_3_value_b;  /* tag 7 */
+} kvn_specific_purpose_input_setting;
+
+/** One output of the specific-purpose output settings; a tag-1 container on the wire. */
+typedef struct kvn_specific_purpose_output_entry {
+    uint32_t value_2;  /* inner tag 2 */
+    uint32_t value_3;  /* inner tag 3 */
+    uint32_t value_4;  /* inner tag 4 */
+    uint8_t flag_5;    /* inner tag 5 */
+    uint32_t value_6;  /* inner tag 6 */
+} kvn_specific_purpose_output_entry;
+
+/** Specific-purpose output settings (command 113). */
+typedef struct kvn_specific_purpose_output_setting {
+    /** The outputs, one tag-1 container each, in array order. */
+    kvn_specific_purpose_output_entry entries[KVN_SPECIFIC_PURPOSE_OUTPUT_COUNT];
+    uint8_t byte_7;  /* tag 7 */
+    uint8_t byte_8;  /* tag 8 */
+    uint8_t byte_9;  /* tag 9 */
+} kvn_specific_purpose_output_setting;
+
+/** One entry of the time attendance settings; a tag-2 container on the wire. */
+typedef struct kvn_time_attendance_entry {
+    uint32_t value;    /* inner tag 4 */
+    uint8_t bytes[4];  /* inner tags 6, 7, 8 and 9 */
+} kvn_time_attendance_entry;
+
+/* Slots 1 to 16 of texts_a, texts_b and values are item i (a tag-1 container with the
+ * item number under inner tag 3); slot 0 is never sent, a read may fill it. */
+/** Time attendance settings (command 109). */
+typedef struct kvn_time_attendance_setting {
+    uint32_t value_10;  /* tag 10 */
+    uint32_t value_11;  /* tag 11 */
+    /** Item texts A, inner tag 12; a read stores at most 50 bytes. */
+    char texts_a[KVN_TIME_ATTENDANCE_SLOTS][KVN_TIME_ATTENDANCE_TEXT];
+    /** Item texts B, inner tag 13; a read stores at most 50 bytes. */
+    char texts_b[KVN_TIME_ATTENDANCE_SLOTS][KVN_TIME_ATTENDANCE_TEXT];
+    /** The entries, one tag-2 container each, in array order. */
+    kvn_time_attendance_entry entries[KVN_TIME_ATTENDANCE_ENTRIES];
+    /** Item values, inner tag 14. */
+    uint32_t values[KVN_TIME_ATTENDANCE_SLOTS];
+    uint32_t value_19;  /* tag 19 */
+} kvn_time_attendance_setting;
+
+/** One job code; a tag-16 container on the wire. */
+typedef struct kvn_job_code {
+    uint32_t id;    /* inner tag 17; the terminal wants non-zero ids unique */
+    char name[52];  /* inner tag 18; a read stores at most 51 bytes */
+} kvn_job_code;
+
+/** The job code list (command 146). */
+typedef struct kvn_job_code_list {
+    /** The job codes, all sent, empty ones included. */
+    kvn_job_code codes[KVN_JOB_CODE_COUNT];
+} kvn_job_code_list;
+
+/** VoIP settings (command 142); empty texts are not sent. */
+typedef struct kvn_voip_setting {
+    uint32_t value_1;    /* tag 1 */
+    char text_2[1025];   /* tag 2 */
+    char text_5[21];     /* tag 5 */
+    char text_3[21];     /* tag 3 */
+    char text_4[21];     /* tag 4 */
+    uint32_t value_7;    /* tag 7 */
+} kvn_voip_setting;
+
+/** One VoIP contact; a tag-1 container in the contact list, empty texts not sent. */
+typedef struct kvn_voip_contact {
+    char text_2[21];   /* inner tag 2 */
+    char text_3[21];   /* inner tag 3 */
+    uint32_t value_4;  /* inner tag 4 */
+} kvn_voip_contact;
+
+/** The VoIP contact list (command 145). */
+typedef struct kvn_voip_contact_list {
+    /** The contacts, all sent, empty ones included. */
+    kvn_voip_contact contacts[KVN_VOIP_CONTACT_COUNT];
+} kvn_voip_contact_list;
+
+/** One weekday of a schedule: eight one-byte values, each its own element. */
+typedef struct kvn_day_schedule {
+    uint8_t slots[8];  /* week schedule: tags 4 to 11; access schedule: tags 10 to 17 */
+} kvn_day_schedule;
+
+/** The biometric (command 107) or door-open (command 155) week schedule. */
+typedef struct kvn_week_schedule {
+    uint32_t value;  /* tag 1 */
+    /** Weekdays 0 to 6, each a tag-2 container with its index under tag 3. */
+    kvn_day_schedule days[KVN_WEEKDAY_COUNT];
+} kvn_week_schedule;
+
+/** One holiday; a tag-5 container, sent only when enabled is exactly 1. */
+typedef struct kvn_holiday {
+    uint32_t enabled;                 /* tag 16 */
+    char name[KVN_SCHEDULE_NAME];     /* tag 7 */
+    uint8_t slots[8];                 /* tags 8 to 15 */
+} kvn_holiday;
+
+/** One holiday schedule; a tag-1 container, sent only when enabled is exactly 1. */
+typedef struct kvn_holiday_schedule {
+    uint32_t enabled;  /* tag 3 */
+    char name[52];     /* tag 4; a read stores at most 51 bytes */
+    /** Holidays 0 to 49, each with its index under tag 6. */
+    kvn_holiday holidays[KVN_HOLIDAY_COUNT];
+} kvn_holiday_schedule;
+
+/** All holiday schedules (command 106), index 0 to 63 under tag 2. */
+typedef struct kvn_holiday_schedule_table {
+    /** The schedules by index. */
+    kvn_holiday_schedule schedules[KVN_HOLIDAY_SCHEDULE_COUNT];
+} kvn_holiday_schedule_table;
+
+/** One access schedule; a tag-3 container, sent only when enabled is exactly 1. */
+typedef struct kvn_access_schedule {
+    uint32_t enabled;              /* tag 5 */
+    char name[KVN_SCHEDULE_NAME];  /* tag 6 */
+    uint8_t value;                 /* tag 7 */
+    /** Weekdays 0 to 6, each a tag-8 container with its index under tag 9. */
+    kvn_day_schedule days[KVN_WEEKDAY_COUNT];
+} kvn_access_schedule;
+
+/** All access schedules (command 105), index 0 to 63 under tag 4. */
+typedef struct kvn_access_schedule_table {
+    uint32_t value;  /* tag 1 */
+    uint8_t flag;    /* tag 2 */
+    /** The schedules by index. */
+    kvn_access_schedule schedules[KVN_ACCESS_SCHEDULE_COUNT];
+} kvn_access_schedule_table;
+
+/** The names of the access schedules (command 119), by schedule index. */
+typedef struct kvn_access_schedule_name_list {
+    /** Name of schedule i; a read stores at most 51 bytes and adds no NUL. */
+    char names[KVN_ACCESS_SCHEDULE_COUNT][KVN_SCHEDULE_NAME];
+} kvn_access_schedule_name_list;
+
+/**
+ * Writes the specific-purpose input settings: tags 2, 3, 1, 5, 6, 4, 8, 9, 7 (45 bytes).
+ * @param[in] conn     open connection.
+ * @param[in] setting  the settings.
+ * @par Request: set (0x00010002), command 112.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_set_specific_purpose_input_setting(kvn_device_conn *conn, const kvn_specific_purpose_input_setting *setting);
+
+/**
+ * Reads the specific-purpose input settings.
+ * @param[in] conn      open connection.
+ * @param[out] setting  receives the fields the answer carries.
+ * @par Request: get (0x00020002), command 112.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_specific_purpose_input_setting(kvn_device_conn *conn, kvn_specific_purpose_input_setting *setting);
+
+/**
+ * Resets the specific-purpose input settings to the terminal's defaults.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 112.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_reset_specific_purpose_input_setting(kvn_device_conn *conn);
+
+/**
+ * Writes the specific-purpose output settings: tags 7, 8, 9, then the nine outputs as
+ * tag-1 containers with four-byte lengths (306 bytes).
+ * @param[in] conn     open connection.
+ * @param[in] setting  the settings.
+ * @par Request: set (0x00010002), command 113.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_set_specific_purpose_output_setting(kvn_device_conn *conn, const kvn_specific_purpose_output_setting *setting);
+
+/**
+ * Reads the specific-purpose output settings.
+ * @param[in] conn      open connection.
+ * @param[out] setting  receives the fields the answer carries; the k-th tag-1 container
+ *                      fills output k - 1, containers past the ninth are dropped.
+ * @par Request: get (0x00020002), command 113.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_specific_purpose_output_setting(kvn_device_conn *conn, kvn_specific_purpose_output_setting *setting);
+
+/**
+ * Resets the specific-purpose output settings to the terminal's defaults.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 113.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_reset_specific_purpose_output_setting(kvn_device_conn *conn);
+
+/**
+ * Writes the time attendance settings: tags 10, 11, 19, items 1 to 16 (texts sent even
+ * when empty), then the 24 entries.
+ * @param[in] conn     open connection.
+ * @param[in] setting  the settings; slot 0 of the item arrays is not sent.
+ * @par Request: set (0x00010002), command 109.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_set_time_attendance_setting(kvn_device_conn *conn, const kvn_time_attendance_setting *setting);
+
+/**
+ * Reads the time attendance settings.
+ * @param[in] conn      open connection.
+ * @param[out] setting  receives the fields the answer carries: an item goes to the slot of
+ *                      its number, the k-th entry container to entry k - 1 (past the 24th: dropped).
+ * @par Request: get (0x00020002), command 109.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1009 an item number above 16; decoding stops, what came before stays stored.
+ * @retval -1 malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_time_attendance_setting(kvn_device_conn *conn, kvn_time_attendance_setting *setting);
+
+/**
+ * Resets the time attendance settings to the terminal's defaults.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 109.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_reset_time_attendance_setting(kvn_device_conn *conn);
+
+/**
+ * Writes the job code list: all 32 job codes as tag-16 containers, names sent even when empty.
+ * @param[in] conn  open connection.
+ * @param[in] list  the job codes.
+ * @par Request: set (0x00010002), command 146.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1023 a repeated id ("JobCode ID must be unique").
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_set_job_code_list(kvn_device_conn *conn, const kvn_job_code_list *list);
+
+/**
+ * Reads the job code list; each name (tag 18) ends a job code, the first filling job code 0,
+ * and at most 32 are filled.
+ * @param[in] conn   open connection.
+ * @param[out] list  receives the job codes the answer carries.
+ * @par Request: get (0x00020002), command 146.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_job_code_list(kvn_device_conn *conn, kvn_job_code_list *list);
+
+/**
+ * Resets the job code list to the terminal's defaults.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 146.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_reset_job_code_list(kvn_device_conn *conn);
+
+/**
+ * Writes the VoIP settings: tags 1, 2, 3, 4, 5, 7, empty texts left out.
+ * @param[in] conn     open connection.
+ * @param[in] setting  the settings.
+ * @par Request: set (0x00010002), command 142.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -4033 a VoIP call is running.
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_set_voip_setting(kvn_device_conn *conn, const kvn_voip_setting *setting);
+
+/**
+ * Reads the VoIP settings.
+ * @param[in] conn      open connection.
+ * @param[out] setting  receives the fields the answer carries; texts take at most their
+ *                      field's size and no NUL is added.
+ * @par Request: get (0x00020002), command 142.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_voip_setting(kvn_device_conn *conn, kvn_voip_setting *setting);
+
+/**
+ * Resets the VoIP settings to the terminal's defaults.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 142.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -4033 a VoIP call is running.
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_reset_voip_setting(kvn_device_conn *conn);
+
+/**
+ * Writes the VoIP contact list: all ten contacts as tag-1 containers, empty texts left out.
+ * @param[in] conn  open connection.
+ * @param[in] list  the contacts.
+ * @par Request: set (0x00010002), command 145.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1021 more than one default contact.
+ * @retval -1022 a repeated VoIP id.
+ * @retval -1 no memory for the 204800-byte exchange buffer (nothing is sent), or an
+ *            answer of 204800 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_set_voip_contact_list(kvn_device_conn *conn, const kvn_voip_contact_list *list);
+
+/**
+ * Reads the VoIP contact list; the k-th container fills contact k - 1, past the tenth dropped.
+ * @param[in] conn   open connection.
+ * @param[out] list  receives the contacts the answer carries.
+ * @par Request: get (0x00020002), command 145.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 no memory for the 204800-byte exchange buffer (nothing is sent), a malformed
+ *            answer, or one of 204800 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_voip_contact_list(kvn_device_conn *conn, kvn_voip_contact_list *list);
+
+/**
+ * Resets the VoIP contact list to the terminal's defaults.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 145.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_reset_voip_contact_list(kvn_device_conn *conn);
+
+/**
+ * Reads the default VoIP contact: its two texts only; value_4 is left as it is.
+ * @param[in] conn      open connection.
+ * @param[out] contact  receives tags 2 and 3 of the answer.
+ * @par Request: get (0x00020002), command 147.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_voip_default_contact(kvn_device_conn *conn, kvn_voip_contact *contact);
+
+/**
+ * Writes the biometric week schedule: tag 1, then always all seven weekdays (237 bytes).
+ * @param[in] conn      open connection.
+ * @param[in] schedule  the schedule.
+ * @par Request: set (0x00010002), command 107.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_set_biometric_schedule_setting(kvn_device_conn *conn, const kvn_week_schedule *schedule);
+
+/**
+ * Reads the biometric week schedule.
+ * @param[in] conn       open connection.
+ * @param[out] schedule  receives the fields the answer carries, each day by its index.
+ * @par Request: get (0x00020002), command 107.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1009 a weekday of 7 or more; decoding stops, what came before stays stored.
+ * @retval -1 malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_biometric_schedule_setting(kvn_device_conn *conn, kvn_week_schedule *schedule);
+
+/**
+ * Resets the biometric week schedule to the terminal's defaults.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 107.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_reset_biometric_schedule_setting(kvn_device_conn *conn);
+
+/**
+ * Writes the door-open week schedule: tag 1, then always all seven weekdays (237 bytes).
+ * @param[in] conn      open connection.
+ * @param[in] schedule  the schedule.
+ * @par Request: set (0x00010002), command 155.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -4034 the door-open schedule is already active.
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_set_door_open_schedule_setting(kvn_device_conn *conn, const kvn_week_schedule *schedule);
+
+/**
+ * Reads the door-open week schedule.
+ * @param[in] conn       open connection.
+ * @param[out] schedule  receives the fields the answer carries, each day by its index.
+ * @par Request: get (0x00020002), command 155.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1009 a weekday of 7 or more; decoding stops, what came before stays stored.
+ * @retval -1 malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_door_open_schedule_setting(kvn_device_conn *conn, kvn_week_schedule *schedule);
+
+/**
+ * Resets the door-open week schedule to the terminal's defaults.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 155.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_reset_door_open_schedule_setting(kvn_device_conn *conn);
+
+/**
+ * Writes one holiday schedule of the table, with its enabled holidays. A schedule whose
+ * enabled is not 1 is sent as an empty payload.
+ * @param[in] conn   open connection.
+ * @param[in] table  the caller's table; only schedule @p index is sent.
+ * @param[in] index  schedule index; only its low byte counts.
+ * @par Request: set (0x00010002), command 106.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1006 the low byte of @p index is 64 or more; nothing is sent.
+ * @retval -1 no memory for the 204800-byte exchange buffer (nothing is sent), or an answer
+ *            of 204800 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_set_single_holiday_schedule_setting(kvn_device_conn *conn, const kvn_holiday_schedule_table *table, uint32_t index);
+
+/**
+ * Writes every holiday schedule whose enabled is 1, each with its enabled holidays.
+ * @param[in] conn   open connection.
+ * @param[in] table  the schedules.
+ * @par Request: set (0x00010002), command 106.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 no memory for the 204800-byte exchange buffer, or schedules too large for it
+ *            (nothing is sent in either case); an answer of 204800 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_set_all_holiday_schedule_setting(kvn_device_conn *conn, const kvn_holiday_schedule_table *table);
+
+/**
+ * Reads the holiday schedules; each schedule and holiday goes to the entry of its index.
+ * @param[in] conn    open connection.
+ * @param[out] table  receives the fields the answer carries; names take at most 51 bytes and no NUL is added.
+ * @par Request: get (0x00020002), command 106.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1009 a schedule index of 64 or more or a holiday index of 50 or more; decoding
+ *               stops, what came before stays stored.
+ * @retval -1 no memory for the 204800-byte exchange buffer (nothing is sent), a malformed
+ *            answer, or one of 204800 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_all_holiday_schedule_setting(kvn_device_conn *conn, kvn_holiday_schedule_table *table);
+
+/**
+ * Resets one holiday schedule: the index goes out in four bytes under tag 2.
+ * @param[in] conn   open connection.
+ * @param[in] index  schedule index, not checked here.
+ * @par Request: reset (0x00030002), command 106.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_reset_holiday_schedule_setting(kvn_device_conn *conn, uint32_t index);
+
+/**
+ * Writes the access schedule table: tags 1 and 2, then every schedule whose enabled is 1
+ * with its seven weekdays.
+ * @param[in] conn   open connection.
+ * @param[in] table  the schedules.
+ * @par Request: set (0x00010002), command 105.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 no memory for the 204800-byte exchange buffer (nothing is sent), or an answer
+ *            of 204800 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_set_all_access_schedule_setting(kvn_device_conn *conn, const kvn_access_schedule_table *table);
+
+/**
+ * Reads the access schedule table; each schedule and weekday goes to the entry of its index.
+ * @param[in] conn    open connection.
+ * @param[out] table  receives the fields the answer carries; names take at most 51 bytes and no NUL is added.
+ * @par Request: get (0x00020002), command 105.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1009 a schedule index of 64 or more or a weekday of 7 or more; decoding stops,
+ *               what came before stays stored.
+ * @retval -1 no memory for the 204800-byte exchange buffer (nothing is sent), a malformed
+ *            answer, or one of 204800 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_all_access_schedule_setting(kvn_device_conn *conn, kvn_access_schedule_table *table);
+
+/**
+ * Resets one access schedule: the index goes out in four bytes under tag 4.
+ * @param[in] conn   open connection.
+ * @param[in] index  schedule index, not checked here.
+ * @par Request: reset (0x00030002), command 105.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_reset_access_schedule_setting(kvn_device_conn *conn, uint32_t index);
+
+/**
+ * Reads the names of the access schedules (tag-1 containers: index under tag 2, name under tag 3).
+ * @param[in] conn   open connection.
+ * @param[out] list  receives each name at its index; names take at most 51 bytes and no NUL is added.
+ * @par Request: get (0x00020002), command 119.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1009 an index of 64 or more; decoding stops, the names before it stay stored.
+ * @retval -1 no memory for the 51200-byte exchange buffer (nothing is sent), a malformed
+ *            answer, or one of 51200 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_access_schedule_list(kvn_device_conn *conn, kvn_access_schedule_name_list *list);
+
 /* @@TABLES@@ (end of section) */
 
 /* ------------------------------------------------------------------------- */

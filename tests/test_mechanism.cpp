@@ -6,6 +6,7 @@
 
 #include "kvnsdk2.h"
 #include "link/transport.h"
+#include "settings/command.h"
 #include "settings/fields.h"
 
 using namespace kvn;
@@ -320,3 +321,6 @@ TEST(Writer, ValuesByReferenceAndShortestContainers) {
     s.close_short(mark, 1);
     EXPECT_EQ(Bytes(buf, buf + s.used()), (Bytes{1, 3, 5, 1, 6}));
 }
+
+// Buffers the library's 32 KiB frame guard would refuse come from the heap, below 64 KiB too.
+static_assert(sizeof(kvn::Buffer<51200>) == sizeof(void*) && sizeof(kvn::Buffer<20480>) == 20480);

@@ -52,8 +52,11 @@ inline constexpr NoDecoder status_only{};
 
 // Buffers of 64 KiB and more are never on the stack.
 inline constexpr uint32_t kStackLimit = 65536;
+// Nor any that the library's frame guard (-Wframe-larger-than=32768) would refuse,
+// such as the 51200-byte buffer of the access schedule names.
+inline constexpr uint32_t kFrameLimit = 32768;
 
-template <uint32_t Size, bool OnHeap = (Size >= kStackLimit)>
+template <uint32_t Size, bool OnHeap = (Size >= kStackLimit || Size > kFrameLimit)>
 struct Buffer {
     uint8_t bytes[Size];
     uint8_t* data() noexcept { return bytes; }
