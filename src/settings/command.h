@@ -2,7 +2,7 @@
 //
 //   call<Size>(conn, request, encoder, decoder)
 //
-// takes a buffer of Size bytes (on the stack below 64 KiB, from the heap for the
+// takes a buffer of Size bytes (on the stack up to 32 KiB, from the heap for the
 // length of the call above), runs the encoder into it (a failure returns before
 // anything is sent), sends the payload in one gather write, receives the answer
 // into the same buffer and runs the decoder over it. Encoders and decoders are
@@ -50,13 +50,11 @@ struct NoDecoder {};
 inline constexpr NoEncoder no_payload{};
 inline constexpr NoDecoder status_only{};
 
-// Buffers of 64 KiB and more are never on the stack.
-inline constexpr uint32_t kStackLimit = 65536;
-// Nor any that the library's frame guard (-Wframe-larger-than=32768) would refuse,
-// such as the 51200-byte buffer of the access schedule names.
-inline constexpr uint32_t kFrameLimit = 32768;
+// Buffers above 32 KiB (the library's frame guard, -Wframe-larger-than) are never
+// on the stack: 51200, 204800 and more come from the heap.
+inline constexpr uint32_t kStackLimit = 32768;
 
-template <uint32_t Size, bool OnHeap = (Size >= kStackLimit || Size > kFrameLimit)>
+template <uint32_t Size, bool OnHeap = (Size > kStackLimit)>
 struct Buffer {
     uint8_t bytes[Size];
     uint8_t* data() noexcept { return bytes; }
