@@ -1,0 +1,264 @@
+// Users, enrolment, identification, verification and smart cards on the wire: one
+// row per export with the request bytes written out by hand from the wire format, and
+// the decoders on hand-made answers in which every field carries a value of its own.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "kvnsdk2.h"
+#include "peer.h"
+#include "user_fixture.h"
+
+using namespace kvntest;
+
+namespace {
+
+using U32s = std::vector<uint32_t>;
+
+Bytes groups(char id) {  // ten template groups, then three value groups
+    Bytes b;
+    for (uint8_t i = 0; i < 10; ++i)
+        b = cat({b, box(22, cat({u8(7, i), u8(15, 0x50 + i), u8(21, 0x60 + i), u8(17, 0x70 + i),
+                                  el(23, template_bytes(i + uint32_t(id)))}))});
+    return cat({b, box(34, u32(35, 0x3501)), box(34, u32(35, 0x3502)), box(34, u32(35, 0x3503))});
+}
+const Bytes kHead = cat({text(2, "u7"), text(3, "three"), text(4, "four"), u8(6, 0x06)});
+const Bytes kMiddle = cat({u32(5, 0x505), u32(8, 0x808), u32(9, 0x909), text(10, "ten")});
+const Bytes kTail = cat({u8(13, 0x13), u8(14, 0x14), u8(16, 0x16), u32(18, 0x1818), el(19, whole("nineteen", 64)),
+                         el(20, whole("twenty", 64)), u8(33, 0x33)});
+const Bytes kData32 = {0x32, 0x33, 0x34, 0x35, 0x36, 0x37, 0x38, 0x39, 0x3A, 0x3B, 0x3C, 0x3D, 0x3E, 0x3F, 0x40, 0x41};
+// Store form: 29 after 6, 11 and 12 as their low byte, 32 after 33, 0x84 lengths.
+const Bytes kStored =
+    box(1, cat({kHead, u8(29, 0x29), kMiddle, u8(11, 0x11), u8(12, 0x12), kTail, el(32, kData32), groups('u')}));
+// Card form: no 29 or 32, 11 and 12 as four bytes, tag 1 in its shortest length form.
+const Bytes kOnCard = el(1, cat({kHead, kMiddle, u32(11, 0x0A11), u32(12, 0x0B12), kTail, groups('u')}));
+
+Bytes card_id() {
+    Bytes b(64);
+    for (uint8_t i = 0; i < 64; ++i) b[i] = uint8_t(0xC0 + i);
+    return b;
+}
+
+}  // namespace
+
+TEST(UsersWire, EveryExportsRequest) {
+    auto user = full_user();
+    user->attr_t11 = 0x0A11, user->attr_t12 = 0x0B12, user->attr_t16 = 0x0C16;  // a store sends the low byte
+    auto read = full_user();  // a read clears it
+    kvn_user_store_result result{};
+    kvn_user_store_request store{user.get(), &result};
+    kvn_user_template_indexes indexes{"u7", {3, 5, 9}, 3};
+    auto enrol = std::make_unique<kvn_enrollment_request>();
+    *enrol = {"u7", 2};
+    auto ident = std::make_unique<kvn_identify_request>();
+    ident->template_length = 3, ident->sample_length = 200;
+    std::memcpy(ident->template_data, "\x09\x08\x07", 3);
+    const uint8_t tmpl[] = {1, 2, 3};
+    kvn_verify_template_request by_template{tmpl, 3, 5, {}};
+    kvn_verify_user_id_request by_id{"u7", {}};
+    kvn_verify_user_record_request by_record{user.get(), nullptr, {}};
+    auto card = std::make_unique<kvn_smart_card_data>();
+    const kvn_smart_card_raw_data raw{reinterpret_cast<const uint8_t*>("\xDE\xAD\xBE"), 3};
+    const Bytes id = card_id();
+    auto revoked = std::make_unique<kvn_revoked_card_list>();
+    revoked->request_value_2 = 10;
+    uint32_t n = 0;
+    struct Row {
+        const char* name;
+        Call call;
+        uint32_t word, command;
+        Bytes payload;
+    };
+    const Row rows[] = {
+        {"store", [&](auto c) { return kvn_store_user_record(c, &store); }, kSet, 7, kStored},
+        {"get", [&](auto c) { return kvn_get_user_record(c, read.get()); }, kGet, 7, text(2, "u7")},
+        {"delete", [&](auto c) { return kvn_delete_user_record(c, user.get()); }, kReset, 7, text(2, "u7")},
+        {"user count", [&](auto c) { return kvn_get_user_count(c, &n); }, kGet, 8, {}},
+        {"biometric count", [&](auto c) { return kvn_get_biometric_count(c, &n); }, kGet, 508, {}},
+        {"delete templates", [&](auto c) { return kvn_delete_user_templete_indexes(c, &indexes); }, kSet, 505,
+         cat({text(2, "u7"), el(7, {3, 5, 9})})},
+        {"validate", [](auto c) { return kvn_user_validate_user_id_finger_index(c, "u7", 4); }, kGet, 13,
+         cat({text(1, "u7"), u8(2, 4)})},
+        {"update template", [&](auto c) { return kvn_user_update_biometric_template(c, "u7", 4, tmpl, 3); }, kGet, 14,
+         cat({text(1, "u7"), u8(2, 4), el(3, {1, 2, 3})})},
+        {"enrol", [&](auto c) { return kvn_enrollment(c, enrol.get()); }, kGet, 1, cat({text(1, "u7"), u8(9, 2)})},
+        {"enrol checked", [&](auto c) { return kvn_enrollment_with_duplicate_identify(c, enrol.get()); }, kGet, 15,
+         cat({text(1, "u7"), u8(9, 2)})},
+        {"identify", [&](auto c) { return kvn_identify_user(c, ident.get()); }, kGet, 6, {}},
+        {"identify template", [&](auto c) { return kvn_identify_user_with_biometric_template(c, ident.get()); }, kGet,
+         16, cat({el(1, {9, 8, 7}), el(2, Bytes(200, 0))})},
+        {"verify template", [&](auto c) { return kvn_verify_by_template(c, &by_template); }, kGet, 3,
+         cat({u8(1, 5), u32(2, 3), el(3, {1, 2, 3})})},
+        {"verify id", [&](auto c) { return kvn_verify_by_user_id(c, &by_id); }, kGet, 4, text(1, "u7")},
+        {"verify record", [&](auto c) { return kvn_verify_by_user_record(c, &by_record); }, kGet, 5, kStored},
+        {"secure card", kvn_secure_smart_card, kSet, 906, {}},
+        {"format card", kvn_format_desfire_card, kSet, 907, {}},
+        {"read card", [&](auto c) { return kvn_read_data_on_smart_card(c, card.get()); }, kGet, 909, {}},
+        {"write raw", [&](auto c) { return kvn_write_data_on_smart_card(c, &raw); }, kSet, 905, {0xDE, 0xAD, 0xBE}},
+        {"write user", [&](auto c) { return kvn_write_user_record_on_smart_card(c, user.get()); }, kSet, 905, kOnCard},
+        {"reset card", kvn_reset_smart_card, kReset, 905, {}},
+        {"revoke", [&](auto c) { return kvn_revoke_smart_card(c, id.data()); }, kSet, 910, cat({{0x0C, 0x40}, id})},
+        {"unrevoke", [&](auto c) { return kvn_unrevoke_smart_card(c, id.data()); }, kReset, 910, cat({{0x0C, 0x40}, id})},
+        {"revoked count", [&](auto c) { return kvn_get_revoked_smart_card_count(c, &n); }, kGet, 911, {}},
+        {"revoked list", [&](auto c) { return kvn_get_revoked_smart_card_list(c, revoked.get()); }, kGet, 910,
+         {0x1B, 0x01, 0x00, 0x1C, 0x01, 0x0A}},
+    };
+    for (const Row& r : rows) {
+        const Seen s = capture(r.call);
+        EXPECT_EQ(s.rc, 0) << r.name;
+        EXPECT_EQ(s.word, r.word) << r.name;
+        EXPECT_EQ(s.command, r.command) << r.name;
+        EXPECT_BYTES(s.payload, r.payload) << r.name;
+    }
+}
+
+// Nothing goes out when a count or length reaches past its array, when a request
+// does not fit its buffer, or when a card's user id is not alphanumeric.
+TEST(UsersWire, RefusedBeforeSending) {
+    using Spoil = void (*)(kvn_user_record&);
+    const Spoil spoils[] = {
+        [](kvn_user_record& r) { r.template_count = 11; },
+        [](kvn_user_record& r) { r.templates[9].template_length = KVN_USER_TEMPLATE_SIZE + 1; },
+        [](kvn_user_record& r) { r.text_t03_length = 52; },
+        [](kvn_user_record& r) { r.text_t04_length = 52; },
+        [](kvn_user_record& r) { r.attr_t35_count = 11; },
+    };
+    for (Spoil spoil : spoils) {
+        auto user = full_user();
+        spoil(*user);
+        kvn_user_store_result result{};
+        kvn_user_store_request store{user.get(), &result};
+        for (const Call& call : {Call([&](auto c) { return kvn_store_user_record(c, &store); }),
+                                 Call([&](auto c) { return kvn_write_user_record_on_smart_card(c, user.get()); })}) {
+            const Seen s = capture(call);
+            EXPECT_EQ(s.rc, -1);
+            EXPECT_EQ(s.word, 0u);
+        }
+    }
+    const Bytes big(1100, 0x5A);
+    auto user = full_user("a-b", 0);
+    kvn_user_template_indexes indexes{"u7", {}, 11};
+    auto ident = std::make_unique<kvn_identify_request>();
+    ident->template_length = KVN_USER_TEMPLATE_SIZE, ident->sample_length = KVN_IDENTIFY_SAMPLE_SIZE;
+    const std::pair<int32_t, Call> refused[] = {
+        {-1, [&](auto c) { return kvn_user_update_biometric_template(c, "u7", 1, big.data(), 1100); }},
+        {-1, [&](auto c) { return kvn_delete_user_templete_indexes(c, &indexes); }},
+        {-1, [&](auto c) { return kvn_identify_user_with_biometric_template(c, ident.get()); }},
+        {-2020, [&](auto c) { return kvn_write_user_record_on_smart_card(c, user.get()); }},
+    };
+    std::string lines;
+    kvn_ext_set_diagnostic_sink([](void* to, const char* line) { *static_cast<std::string*>(to) += line; }, &lines);
+    for (const auto& [rc, call] : refused) {
+        const Seen s = capture(call);
+        EXPECT_EQ(s.rc, rc);
+        EXPECT_EQ(s.word, 0u);
+    }
+    kvn_ext_set_diagnostic_sink(nullptr, nullptr);
+    EXPECT_EQ(lines, "char -\n");
+}
+
+// A read clears the record and takes every field by its tag; 29 and 32 are not read
+// back, 11, 12 and 16 are zero-extended from one byte.
+TEST(UsersDecoders, UserRecordEveryFieldByItsTag) {
+    auto want = full_user();
+    want->attr_t29 = 0, std::memset(want->data_t32, 0, 16);
+    auto got = full_user("zz", 3);
+    std::memset(got->reserved, 0xEE, sizeof got->reserved);
+    EXPECT_EQ(capture([&](auto c) { return kvn_get_user_record(c, got.get()); }, response(0, kStored)).rc, 0);
+    EXPECT_EQ(std::memcmp(got.get(), want.get(), sizeof *want), 0);
+}
+
+// Delete does not clear: a stale count still lands inside the array, longer values are
+// cut to their fields, and only the low byte of the count moves.
+TEST(UsersDecoders, BoundedIntoARecordThatWasNotCleared) {
+    auto got = full_user("x", 0);
+    got->template_count = 0x109;  // low byte 9: the last slot
+    const Bytes t60(60, 'T'), long_template = template_bytes(1, 1600);
+    const Bytes answer = box(1, cat({el(3, t60), el(4, t60), box(22, cat({u8(7, 7), el(23, long_template)})),
+                                     box(22, u8(7, 8)), el(2, Bytes(70, 'i'))}));
+    EXPECT_EQ(capture([&](auto c) { return kvn_delete_user_record(c, got.get()); }, response(0, answer)).rc, 0);
+    EXPECT_EQ(got->text_t03_length, 50u);
+    EXPECT_EQ(got->text_t04_length, 50u);
+    EXPECT_EQ(std::string(got->text_t03, 50), std::string(50, 'T'));
+    EXPECT_EQ(got->templates[9].finger_index, 7);
+    EXPECT_EQ(got->templates[9].template_length, uint32_t(KVN_USER_TEMPLATE_SIZE));
+    EXPECT_EQ(std::memcmp(got->templates[9].template_data, long_template.data(), KVN_USER_TEMPLATE_SIZE), 0);
+    EXPECT_EQ(got->template_count, 0x10A);  // the second group was past the array: dropped
+    EXPECT_EQ(std::string(got->user_id), std::string(64, 'i'));
+}
+
+TEST(UsersDecoders, StoreAnswers) {
+    auto user = full_user();
+    kvn_user_store_result result{};
+    kvn_user_store_request store{user.get(), &result};
+    auto run = [&](const Bytes& answer) { return capture([&](auto c) { return kvn_store_user_record(c, &store); }, answer).rc; };
+    EXPECT_EQ(run(response(KVN_E_USERID_ALREADY_EXISTS)), KVN_E_USERID_ALREADY_EXISTS);
+    const Bytes slots = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11};
+    EXPECT_EQ(run(response(0, cat({text(2, "amy"), u32(30, 0x3030), el(31, slots)}))), KVN_E_USER_RECORD_STORE);
+    EXPECT_STREQ(result.user_id, "amy");
+    EXPECT_EQ(result.attr_t30, 0x3030u);
+    EXPECT_EQ(result.data_t31_length, 10);
+    EXPECT_EQ(std::memcmp(result.data_t31, slots.data(), 10), 0);
+    EXPECT_EQ(run(response(0, {0xFF})), -1);  // a malformed answer is its own failure
+}
+
+TEST(UsersDecoders, EnrolmentIdentificationVerification) {
+    Bytes t3(3000), t6 = {6, 6};
+    for (size_t k = 0; k < t3.size(); ++k) t3[k] = uint8_t(k);
+    const Bytes answer = cat({u32(2, 0x22), el(3, t3), u32(4, 0x44), u32(5, 0x55), el(6, t6), u8(7, 0x77),
+                              u8(8, 0x88), text(10, "holder"), u8(11, 0xBB)});
+    auto buffer = std::make_unique<uint8_t[]>(KVN_ENROLLMENT_DATA_SIZE);
+    for (bool checked : {false, true}) {
+        kvn_enrollment_request e{};
+        e.data_t03 = buffer.get();  // data_t06 null: skipped
+        auto call = [&](kvn_device_conn* c) {
+            return checked ? kvn_enrollment_with_duplicate_identify(c, &e) : kvn_enrollment(c, &e);
+        };
+        EXPECT_EQ(capture(call, response(0, answer)).rc, 0);
+        EXPECT_EQ((U32s{e.attr_t02, e.attr_t04, e.attr_t05, e.attr_t07, e.attr_t08}), (U32s{0x22, 0x44, 0x55, 0x77, 0x88}));
+        EXPECT_EQ(std::memcmp(buffer.get(), t3.data(), t3.size()), 0);
+        EXPECT_STREQ(e.text_t10, checked ? "holder" : "");
+        EXPECT_EQ(e.attr_t11, checked ? 0xBB : 0);
+    }
+    auto ident = std::make_unique<kvn_identify_request>();
+    std::memset(ident->user_id, 'x', sizeof ident->user_id);
+    EXPECT_EQ(capture([&](auto c) { return kvn_identify_user(c, ident.get()); },
+                      response(0, cat({u32(1, 0x5C), text(2, "amy"), u8(3, 3)}))).rc, 0);
+    EXPECT_EQ(std::string(ident->user_id, 4), "amyx");  // the rest of the field as it was
+    EXPECT_EQ((U32s{ident->attr_t01, ident->attr_t03}), (U32s{0x5C, 3}));
+    kvn_verify_user_id_request v{"u7", {0x0101, 0x0202}};
+    EXPECT_EQ(capture([&](auto c) { return kvn_verify_by_user_id(c, &v); }, response(0, u32(2, 9))).rc, 0);
+    EXPECT_EQ(v.result.attr_t01, 0x0101u);
+    EXPECT_EQ(v.result.attr_t02, 9u);
+}
+
+TEST(UsersDecoders, SmartCards) {
+    auto card = std::make_unique<kvn_smart_card_data>();
+    std::memset(card.get(), 0, sizeof *card);
+    card->user.attr_t33 = 0x99;
+    const Bytes serial(70, 0x5E);
+    EXPECT_EQ(capture([&](auto c) { return kvn_read_data_on_smart_card(c, card.get()); },
+                      response(0, cat({el(12, serial), u32(11, 0x1111)}))).rc, 0);
+    EXPECT_EQ(card->serial[63], 0x5E);
+    EXPECT_EQ(card->serial_info, 0x1111u);
+    EXPECT_EQ(card->user.attr_t33, 0x99);  // no tag 17: the user as it was
+    const Bytes inner(kStored.begin() + 6, kStored.end());
+    std::memset(card.get(), 0, sizeof *card);
+    EXPECT_EQ(capture([&](auto c) { return kvn_read_data_on_smart_card(c, card.get()); },
+                      response(0, el(17, inner))).rc, 0);
+    auto want = full_user();
+    want->attr_t29 = 0, std::memset(want->data_t32, 0, 16);
+    EXPECT_EQ(std::memcmp(&card->user, want.get(), sizeof *want), 0);
+
+    auto list = std::make_unique<kvn_revoked_card_list>();
+    list->entry_count = 200;
+    const Bytes answer = cat({el(12, card_id()), u32(18, 1), el(12, Bytes(64, 2)), el(12, {3})});
+    EXPECT_EQ(capture([&](auto c) { return kvn_get_revoked_smart_card_list(c, list.get()); }, response(0, answer)).rc,
+              0);
+    EXPECT_EQ(list->entry_count, 3);
+    EXPECT_EQ(Bytes(list->entries[0], list->entries[0] + 64), card_id());
+    EXPECT_EQ((U32s{list->entries[1][63], list->entries[2][0], list->entries[2][1]}), (U32s{2, 3, 0}));
+}
