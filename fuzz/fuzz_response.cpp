@@ -90,6 +90,40 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
 
         // Users, enrolment, identification, verification, smart cards: cases 300 to 399.
         // @@USERS@@
+        case 300: kvn_get_user_record(&c, keep<kvn_user_record>()); break;
+        case 301: kvn_delete_user_record(&c, keep<kvn_user_record>()); break;
+        case 302: {
+            kvn_user_store_request store{keep<kvn_user_record>(), keep<kvn_user_store_result>()};
+            kvn_store_user_record(&c, &store);
+            break;
+        }
+        case 303: kvn_get_user_count(&c, keep<uint32_t>()); break;
+        case 304: kvn_get_biometric_count(&c, keep<uint32_t>()); break;
+        case 305:
+        case 306: {
+            struct Enrol {
+                kvn_enrollment_request rq;
+                uint8_t data[2][KVN_ENROLLMENT_DATA_SIZE];
+            };
+            Enrol* e = keep<Enrol>();
+            e->rq.data_t03 = e->data[0];
+            e->rq.data_t06 = (pick & 0x7FFF) == 305 ? e->data[1] : nullptr;
+            if ((pick & 0x7FFF) == 305) kvn_enrollment(&c, &e->rq);
+            else kvn_enrollment_with_duplicate_identify(&c, &e->rq);
+            break;
+        }
+        case 307: kvn_identify_user(&c, keep<kvn_identify_request>()); break;
+        case 308: kvn_identify_user_with_biometric_template(&c, keep<kvn_identify_request>()); break;
+        case 309: kvn_verify_by_template(&c, keep<kvn_verify_template_request>()); break;
+        case 310: kvn_verify_by_user_id(&c, keep<kvn_verify_user_id_request>()); break;
+        case 311: {
+            kvn_verify_user_record_request verify{keep<kvn_user_record>(), nullptr, {}};
+            kvn_verify_by_user_record(&c, &verify);
+            break;
+        }
+        case 312: kvn_read_data_on_smart_card(&c, keep<kvn_smart_card_data>()); break;
+        case 313: kvn_get_revoked_smart_card_count(&c, keep<uint32_t>()); break;
+        case 314: kvn_get_revoked_smart_card_list(&c, keep<kvn_revoked_card_list>()); break;
 
         // Transaction logs, file transfer, user groups: cases 400 to 499.
         // @@LOGS@@
