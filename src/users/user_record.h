@@ -9,6 +9,7 @@
 // in the shortest length form.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 
