@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "e2e.h"
+#include "kvnsim.h"
 #include "kvnsdk2.h"
 #include "user_fixture.h"
 
@@ -42,21 +43,24 @@ TEST(UsersE2E, EnrolThenIdentify) {
 }
 
 TEST(UsersE2E, UserOnACardAndTheRevokedList) {
-    Session s(false);
-    ASSERT_EQ(kvn_open_device_conn(&s.conn), 0);
-    s.sim->present_card({0x04, 0xA1, 0xB2});
+    kvnsim::Options held;
+    held.card = {0x04, 0xA1, 0xB2};
+    kvnsim::Simulator sim(held);
+    ASSERT_TRUE(sim.start());
+    kvn_device_conn conn = tcp_conn(sim.port());
+    ASSERT_EQ(kvn_open_device_conn(&conn), 0);
     const auto written = full_user("card7", 2);
-    ASSERT_EQ(kvn_write_user_record_on_smart_card(&s.conn, written.get()), 0);
+    ASSERT_EQ(kvn_write_user_record_on_smart_card(&conn, written.get()), 0);
     auto card = std::make_unique<kvn_smart_card_data>();
     std::memset(card.get(), 0, sizeof *card);
-    ASSERT_EQ(kvn_read_data_on_smart_card(&s.conn, card.get()), 0);
+    ASSERT_EQ(kvn_read_data_on_smart_card(&conn, card.get()), 0);
     EXPECT_EQ(std::memcmp(&card->user, as_read_back(*written).get(), sizeof card->user), 0);
     const uint8_t id[64] = {0x04, 0xA1, 0xB2};
     auto list = std::make_unique<kvn_revoked_card_list>();
-    ASSERT_EQ(kvn_revoke_smart_card(&s.conn, id), 0);
-    ASSERT_EQ(kvn_get_revoked_smart_card_list(&s.conn, list.get()), 0);
+    ASSERT_EQ(kvn_revoke_smart_card(&conn, id), 0);
+    ASSERT_EQ(kvn_get_revoked_smart_card_list(&conn, list.get()), 0);
     EXPECT_EQ(list->entry_count, 1);
     EXPECT_EQ(std::memcmp(list->entries[0], id, 64), 0);
-    kvn_close_device_conn(&s.conn);
+    kvn_close_device_conn(&conn);
 }
 #endif
