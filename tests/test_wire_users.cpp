@@ -115,18 +115,9 @@ TEST(UsersWire, EveryExportsRequest) {
 // Nothing goes out when a count or length reaches past its array, when a request does
 // not fit its buffer, or when a card's user id is not alphanumeric (its "char" line).
 TEST(UsersWire, RefusedBeforeSending) {
-    auto bad = [](void (*spoil)(kvn_user_record&)) {
-        auto r = full_user();
-        spoil(*r);
-        return r;
-    };
-    const std::unique_ptr<kvn_user_record> spoilt[] = {
-        bad([](kvn_user_record& r) { r.template_count = 11; }),
-        bad([](kvn_user_record& r) { r.templates[9].template_length = 1573; }),
-        bad([](kvn_user_record& r) { r.text_t03_length = 52; }),
-        bad([](kvn_user_record& r) { r.text_t04_length = 52; }),
-        bad([](kvn_user_record& r) { r.attr_t35_count = 11; }),
-    };
+    std::unique_ptr<kvn_user_record> spoilt[] = {full_user(), full_user(), full_user(), full_user(), full_user()};
+    spoilt[0]->template_count = 11, spoilt[1]->templates[9].template_length = 1573, spoilt[2]->text_t03_length = 52;
+    spoilt[3]->text_t04_length = 52, spoilt[4]->attr_t35_count = 11;
     std::vector<std::pair<int32_t, Call>> refused;
     kvn_user_store_result result{};
     kvn_user_store_request stores[5];
