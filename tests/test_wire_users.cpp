@@ -112,6 +112,18 @@ TEST(UsersWire, EveryExportsRequest) {
     }
 }
 
+// Without templates, values, tag-4 length, attributes 5, 8, 9 and text 10, those tags
+// stay out; tag 3 goes out empty.
+TEST(UsersWire, EmptyOptionalFieldsStayOut) {
+    auto user = std::make_unique<kvn_user_record>();  // all zero
+    user->user_id[0] = 'm';
+    kvn_verify_user_record_request verify{user.get(), nullptr, {}};
+    const Bytes zeros = cat({u8(11, 0), u8(12, 0), u8(13, 0), u8(14, 0), u8(16, 0), u32(18, 0), el(19, Bytes(64)),
+                             el(20, Bytes(64)), u8(33, 0), el(32, Bytes(16))});
+    EXPECT_BYTES(capture([&](auto c) { return kvn_verify_by_user_record(c, &verify); }).payload,
+                 box(1, cat({text(2, "m"), el(3, {}), u8(6, 0), u8(29, 0), zeros})));
+}
+
 // Nothing goes out when a count or length reaches past its array, when a request does
 // not fit its buffer, or when a card's user id is not alphanumeric (its "char" line).
 TEST(UsersWire, RefusedBeforeSending) {
