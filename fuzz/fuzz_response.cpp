@@ -48,6 +48,18 @@ T* keep() {
     return r.get();
 }
 
+// An enrolment request with its answer buffers (the second one only sometimes).
+kvn_enrollment_request* enrolment(bool both) {
+    struct Enrol {
+        kvn_enrollment_request rq;
+        uint8_t data[2][KVN_ENROLLMENT_DATA_SIZE];
+    };
+    Enrol* e = keep<Enrol>();
+    e->rq.data_t03 = e->data[0];
+    e->rq.data_t06 = both ? e->data[1] : nullptr;
+    return &e->rq;
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -102,6 +114,27 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
 
         // Users, enrolment, identification, verification, smart cards: cases 300 to 399.
         // @@USERS@@
+        case 300: kvn_get_user_record(&c, keep<kvn_user_record>()); break;
+        case 301: kvn_delete_user_record(&c, keep<kvn_user_record>()); break;
+        case 302: {
+            kvn_user_store_request store{keep<kvn_user_record>(), keep<kvn_user_store_result>()};
+            kvn_store_user_record(&c, &store);
+        } break;
+        case 303: kvn_get_user_count(&c, keep<uint32_t>()); break;
+        case 304: kvn_get_biometric_count(&c, keep<uint32_t>()); break;
+        case 305: kvn_enrollment(&c, enrolment(false)); break;
+        case 306: kvn_enrollment_with_duplicate_identify(&c, enrolment(true)); break;
+        case 307: kvn_identify_user(&c, keep<kvn_identify_request>()); break;
+        case 308: kvn_identify_user_with_biometric_template(&c, keep<kvn_identify_request>()); break;
+        case 309: kvn_verify_by_template(&c, keep<kvn_verify_template_request>()); break;
+        case 310: kvn_verify_by_user_id(&c, keep<kvn_verify_user_id_request>()); break;
+        case 311: {
+            kvn_verify_user_record_request verify{keep<kvn_user_record>(), nullptr, {}};
+            kvn_verify_by_user_record(&c, &verify);
+        } break;
+        case 312: kvn_read_data_on_smart_card(&c, keep<kvn_smart_card_data>()); break;
+        case 313: kvn_get_revoked_smart_card_count(&c, keep<uint32_t>()); break;
+        case 314: kvn_get_revoked_smart_card_list(&c, keep<kvn_revoked_card_list>()); break;
 
         // Transaction logs, file transfer, user groups: cases 400 to 499.
         // @@LOGS@@

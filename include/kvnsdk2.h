@@ -1915,6 +1915,457 @@ KVN_API int32_t kvn_get_access_schedule_list(kvn_device_conn *conn, kvn_access_s
 /* Users, enrolment, identification, verification and smart-card operations */
 /* ------------------------------------------------------------------------- */
 
+/* Fields named attr_tNN, text_tNN and data_tNN are named by the tag that carries them;
+ * the library passes them through without giving them a meaning. */
+
+/** Template data bytes of one user-record template slot. */
+#define KVN_USER_TEMPLATE_SIZE 1572
+/** Template slots of a user record. */
+#define KVN_USER_TEMPLATE_COUNT 10
+/** Entries of a user record's attr_t35 list. */
+#define KVN_USER_VALUE_COUNT 10
+/** Bytes each enrolment answer buffer (data_t03, data_t06) must hold: any answer is shorter. */
+#define KVN_ENROLLMENT_DATA_SIZE 512000
+/** Sample bytes of an identification request. */
+#define KVN_IDENTIFY_SAMPLE_SIZE 204800
+/** Entries of a revoked-card list: as many as its one-byte count can name. */
+#define KVN_REVOKED_CARD_COUNT 256
+
+/** One biometric template slot of a user record (1580 bytes). */
+typedef struct kvn_user_template {
+    uint8_t finger_index;                          /* tag 7: the finger the template belongs to */
+    uint8_t attr_t15;                              /* tag 15 */
+    uint8_t attr_t21;                              /* tag 21 */
+    uint8_t attr_t17;                              /* tag 17 */
+    uint8_t template_data[KVN_USER_TEMPLATE_SIZE]; /* tag 23: template bytes */
+    uint32_t template_length;                      /* valid bytes of template_data (at most 1572) */
+} kvn_user_template;
+
+/** A user known to the terminal (16232 bytes, the size the terminal's records take). */
+typedef struct kvn_user_record {
+    char user_id[65];          /* tag 2: NUL-terminated, at most 64 characters; the record's key */
+    uint8_t attr_t06;          /* tag 6: always sent */
+    char text_t03[51];         /* tag 3: text_t03_length bytes, at most 50 */
+    uint32_t text_t03_length;  /* bytes of text_t03 sent; tag 3 goes out even when 0 */
+    char text_t04[51];         /* tag 4: text_t04_length bytes, at most 50 */
+    uint32_t text_t04_length;  /* bytes of text_t04; tag 4 is sent only when non-zero */
+    uint8_t attr_t29;          /* tag 29: sent by a store, never read back */
+    uint32_t attr_t05;         /* tag 5: sent only when non-zero */
+    kvn_user_template templates[KVN_USER_TEMPLATE_COUNT]; /* tag-22 groups: slots below template_count */
+    int32_t template_count;    /* used template slots, 0 to 10; a read increments its low byte only */
+    uint32_t attr_t08;         /* tag 8: sent only when non-zero */
+    uint32_t attr_t09;         /* tag 9: sent only when non-zero */
+    char text_t10[11];         /* tag 10: NUL-terminated, at most 10; sent only when not empty */
+    uint32_t attr_t11;         /* tag 11: one byte in a store, four on a card; read back zero-extended */
+    uint32_t attr_t12;         /* tag 12: one byte in a store, four on a card; read back zero-extended */
+    uint8_t attr_t13;          /* tag 13 */
+    uint8_t attr_t14;          /* tag 14 */
+    uint32_t attr_t18;         /* tag 18 */
+    uint32_t attr_t16;         /* tag 16: sent as one byte; read back zero-extended */
+    char text_t19[64];         /* tag 19: always all 64 bytes */
+    char text_t20[64];         /* tag 20: always all 64 bytes */
+    uint8_t data_t32[16];      /* tag 32: sent by a store, never read back */
+    uint8_t attr_t33;          /* tag 33 */
+    uint32_t attr_t35[KVN_USER_VALUE_COUNT]; /* tag 35 in tag-34 groups: entries below attr_t35_count */
+    uint8_t attr_t35_count;    /* used entries of attr_t35, 0 to 10 */
+    uint8_t reserved[11];      /* not touched by the library */
+} kvn_user_record;
+
+/** The terminal's answer to a store that was not a plain success. */
+typedef struct kvn_user_store_result {
+    char user_id[65];         /* tag 2: at most 64 bytes */
+    uint32_t attr_t30;        /* tag 30: first four bytes */
+    uint8_t data_t31[10];     /* tag 31: at most 10 bytes */
+    uint8_t data_t31_length;  /* bytes stored in data_t31 */
+} kvn_user_store_result;
+
+/** Argument of kvn_store_user_record(). */
+typedef struct kvn_user_store_request {
+    kvn_user_record *record;        /* the record to store */
+    kvn_user_store_result *result;  /* receives the terminal's answer, if it gives one */
+} kvn_user_store_request;
+
+/** Argument of kvn_delete_user_templete_indexes(). */
+typedef struct kvn_user_template_indexes {
+    char user_id[64];            /* tag 2: NUL-terminated */
+    uint8_t finger_indexes[10];  /* tag 7: the fingers whose templates go */
+    int8_t finger_index_count;   /* bytes of finger_indexes sent, 0 to 10 */
+} kvn_user_template_indexes;
+
+/** Enrolment: what is sent and what the terminal answers. */
+typedef struct kvn_enrollment_request {
+    char user_id[64];   /* sent, tag 1: NUL-terminated */
+    uint8_t attr_t09;   /* sent, tag 9 */
+    uint32_t attr_t02;  /* answer tag 2 */
+    uint8_t *data_t03;  /* answer tag 3 is copied here whole; KVN_ENROLLMENT_DATA_SIZE bytes, or NULL to skip */
+    uint32_t attr_t04;  /* answer tag 4 */
+    uint8_t attr_t08;   /* answer tag 8 */
+    uint32_t attr_t05;  /* answer tag 5 */
+    uint8_t *data_t06;  /* answer tag 6 is copied here whole; KVN_ENROLLMENT_DATA_SIZE bytes, or NULL to skip */
+    uint8_t attr_t07;   /* answer tag 7 */
+    char text_t10[64];  /* answer tag 10 (at most 64 bytes), kvn_enrollment_with_duplicate_identify() only */
+    uint8_t attr_t11;   /* answer tag 11, kvn_enrollment_with_duplicate_identify() only */
+} kvn_enrollment_request;
+
+/** Identification: the template or sample sent and the user identified. */
+typedef struct kvn_identify_request {
+    uint8_t template_data[KVN_USER_TEMPLATE_SIZE];  /* sent, tag 1 */
+    uint32_t template_length;                       /* bytes of template_data sent; 0: tag 1 not sent */
+    uint8_t sample_data[KVN_IDENTIFY_SAMPLE_SIZE];  /* sent, tag 2 */
+    uint32_t sample_length;                         /* bytes of sample_data sent; 0: tag 2 not sent */
+    char user_id[64];                               /* answer tag 2: at most 64 bytes */
+    uint8_t attr_t03;                               /* answer tag 3 */
+    uint32_t attr_t01;                              /* answer tag 1 */
+} kvn_identify_request;
+
+/** A verification's answer. */
+typedef struct kvn_verify_result {
+    uint32_t attr_t01;  /* answer tag 1 */
+    uint32_t attr_t02;  /* answer tag 2 */
+} kvn_verify_result;
+
+/** Verification against a template the caller holds. */
+typedef struct kvn_verify_template_request {
+    const uint8_t *template_data;  /* sent, tag 3: template_length bytes, sent from where they lie */
+    uint32_t template_length;      /* sent, tag 2 (four bytes) */
+    uint8_t attr_t01;              /* sent, tag 1 */
+    kvn_verify_result result;      /* the answer */
+} kvn_verify_template_request;
+
+/** Verification against the templates the terminal holds for a user. */
+typedef struct kvn_verify_user_id_request {
+    char user_id[64];          /* sent, tag 1: NUL-terminated */
+    kvn_verify_result result;  /* the answer */
+} kvn_verify_user_id_request;
+
+/** Verification against a user record sent with the request. */
+typedef struct kvn_verify_user_record_request {
+    kvn_user_record *record;   /* sent, encoded as for a store */
+    void *unused;              /* neither read nor written (the place of a store's result) */
+    kvn_verify_result result;  /* the answer */
+} kvn_verify_user_record_request;
+
+/** What a smart card holds (16300 bytes). */
+typedef struct kvn_smart_card_data {
+    uint8_t serial[64];    /* tag 12: at most 64 bytes */
+    uint32_t serial_info;  /* tag 11 */
+    kvn_user_record user;  /* tag 17: the user record on the card */
+} kvn_smart_card_data;
+
+/** Bytes the caller has encoded for a card, sent as they are. */
+typedef struct kvn_smart_card_raw_data {
+    const uint8_t *data;  /* the payload, sent from where it lies */
+    uint32_t length;      /* bytes of data */
+} kvn_smart_card_raw_data;
+
+/** The terminal's revoked cards: request and answer. */
+typedef struct kvn_revoked_card_list {
+    uint8_t request_value_1;  /* sent, tag 27 */
+    uint8_t request_value_2;  /* sent, tag 28 */
+    uint8_t entry_count;      /* cleared by the call, then one more for every entry received */
+    uint8_t entries[KVN_REVOKED_CARD_COUNT][64]; /* tag 12: entry n is the n-th card identifier answered */
+} kvn_revoked_card_list;
+
+/**
+ * Stores a user record with its templates.
+ * @param[in] conn         open connection.
+ * @param[in,out] request  the record to store, and the result filled from an answer with a payload.
+ * @par Request: set (0x00010002), command 7.
+ * @return 0 on success (an answer without payload), the terminal's status (returned unchanged), or:
+ * @retval -14 the answer carried a payload: the store was refused, the details are in the result.
+ * @retval -1 null argument; a count or length beyond its array, or a record over 20480 bytes (nothing
+ *         is sent); a malformed answer.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_store_user_record(kvn_device_conn *conn, kvn_user_store_request *request);
+
+/**
+ * Reads a user record by its user_id. The whole record is cleared once the answer has
+ * arrived; attr_t29 and data_t32 therefore read back as zero.
+ * @param[in] conn        open connection.
+ * @param[in,out] record  user_id names the user; receives the record.
+ * @par Request: get (0x00020002), command 7.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 null record, malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_user_record(kvn_device_conn *conn, kvn_user_record *record);
+
+/**
+ * Deletes a user by its user_id. An answer with a payload is decoded into the same
+ * record, which is not cleared first.
+ * @param[in] conn        open connection.
+ * @param[in,out] record  user_id names the user.
+ * @par Request: reset (0x00030002), command 7.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 null record, malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_delete_user_record(kvn_device_conn *conn, kvn_user_record *record);
+
+/**
+ * Reads the number of users.
+ * @param[in] conn    open connection.
+ * @param[out] count  receives tag 26 of the answer; untouched by an empty answer.
+ * @par Request: get (0x00020002), command 8.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 null count, malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_user_count(kvn_device_conn *conn, uint32_t *count);
+
+/**
+ * Reads the number of biometric templates.
+ * @param[in] conn    open connection.
+ * @param[out] count  receives tag 26 of the answer; untouched by an empty answer.
+ * @par Request: get (0x00020002), command 508.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 null count, malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_biometric_count(kvn_device_conn *conn, uint32_t *count);
+
+/**
+ * Deletes a user's templates of the listed fingers.
+ * @param[in] conn     open connection.
+ * @param[in] indexes  the user and the finger indexes.
+ * @par Request: set (0x00010002), command 505.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 null argument or finger_index_count outside 0 to 10 (nothing is sent); an answer of
+ *         20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_delete_user_templete_indexes(kvn_device_conn *conn, const kvn_user_template_indexes *indexes);
+
+/**
+ * Asks whether the terminal holds a template of this finger for this user.
+ * @param[in] conn          open connection.
+ * @param[in] user_id       NUL-terminated user id, sent under tag 1.
+ * @param[in] finger_index  sent under tag 2.
+ * @par Request: get (0x00020002), command 13.
+ * @return 0 when it does, the terminal's status (returned unchanged), or:
+ * @retval -1 null user id or a request over 1024 bytes (nothing is sent); an answer of 1024 bytes
+ *         or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_user_validate_user_id_finger_index(kvn_device_conn *conn, const char *user_id,
+                                                       uint8_t finger_index);
+
+/**
+ * Replaces (or adds) the template of one finger of a user. The request is limited to
+ * 1024 bytes, so templates of about 1000 bytes and more are refused before sending.
+ * @param[in] conn           open connection.
+ * @param[in] user_id        NUL-terminated user id, sent under tag 1.
+ * @param[in] finger_index   sent under tag 2.
+ * @param[in] template_data  the template, sent under tag 3.
+ * @param[in] length         bytes of template_data.
+ * @par Request: get (0x00020002), command 14.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 null argument or a request over 1024 bytes (nothing is sent); an answer of 1024 bytes
+ *         or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_user_update_biometric_template(kvn_device_conn *conn, const char *user_id, uint8_t finger_index,
+                                                   const void *template_data, uint32_t length);
+
+/**
+ * Enrols a finger of a user (tag 9 of the request) and reads the capture's results.
+ * @param[in] conn         open connection.
+ * @param[in,out] request  user_id and attr_t09 sent; answer tags 2 to 8 received.
+ * @par Request: get (0x00020002), command 1.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 null request, malformed answer, or one of 512000 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_enrollment(kvn_device_conn *conn, kvn_enrollment_request *request);
+
+/**
+ * Enrols as kvn_enrollment() does, the terminal first checking that the finger is not
+ * another user's; answer tags 10 and 11 name that user.
+ * @param[in] conn         open connection.
+ * @param[in,out] request  user_id and attr_t09 sent; answer tags 2 to 8, 10 and 11 received.
+ * @par Request: get (0x00020002), command 15.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 null request, malformed answer, or one of 512000 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_enrollment_with_duplicate_identify(kvn_device_conn *conn, kvn_enrollment_request *request);
+
+/**
+ * Identifies the finger on the terminal's sensor.
+ * @param[in] conn          open connection.
+ * @param[in,out] request   receives user_id, attr_t03 and attr_t01; nothing is sent.
+ * @par Request: get (0x00020002), command 6.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 null request, malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_identify_user(kvn_device_conn *conn, kvn_identify_request *request);
+
+/**
+ * Identifies the user a template or sample belongs to. Each is sent only when its
+ * length is non-zero, both from where they lie; together they must fit 204800 bytes.
+ * @param[in] conn         open connection.
+ * @param[in,out] request  template and sample sent; user_id, attr_t03 and attr_t01 received.
+ * @par Request: get (0x00020002), command 16.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 null request, a length beyond its array or a request over 204800 bytes (nothing is
+ *         sent); a malformed answer, or one of 204800 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_identify_user_with_biometric_template(kvn_device_conn *conn, kvn_identify_request *request);
+
+/**
+ * Verifies the finger on the sensor against a template.
+ * @param[in] conn         open connection.
+ * @param[in,out] request  attr_t01, template_length and the template sent; result received.
+ * @par Request: get (0x00020002), command 3.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 null request or template, a request over 20480 bytes (nothing is sent); a malformed
+ *         answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_verify_by_template(kvn_device_conn *conn, kvn_verify_template_request *request);
+
+/**
+ * Verifies the finger on the sensor against the templates of a stored user.
+ * @param[in] conn         open connection.
+ * @param[in,out] request  user_id sent; result received.
+ * @par Request: get (0x00020002), command 4.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 null request, malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_verify_by_user_id(kvn_device_conn *conn, kvn_verify_user_id_request *request);
+
+/**
+ * Verifies the finger on the sensor against a user record sent with the request,
+ * encoded as kvn_store_user_record() encodes it.
+ * @param[in] conn         open connection.
+ * @param[in,out] request  the record sent; result received.
+ * @par Request: get (0x00020002), command 5.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 null argument, a count or length beyond its array or a record over 20480 bytes
+ *         (nothing is sent); a malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_verify_by_user_record(kvn_device_conn *conn, kvn_verify_user_record_request *request);
+
+/**
+ * Secures the smart card presented to the terminal.
+ * @param[in] conn  open connection.
+ * @par Request: set (0x00010002), command 906, no payload.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_secure_smart_card(kvn_device_conn *conn);
+
+/**
+ * Formats the DESFire card presented to the terminal.
+ * @param[in] conn  open connection.
+ * @par Request: set (0x00010002), command 907, no payload.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_format_desfire_card(kvn_device_conn *conn);
+
+/**
+ * Reads the smart card presented to the terminal. The record is not cleared first: a
+ * card without a user record leaves data->user as it was.
+ * @param[in] conn        open connection.
+ * @param[in,out] data    receives the serial, serial_info and the user record.
+ * @par Request: get (0x00020002), command 909.
+ * @return 0 on success or the last user record's decoding result, the terminal's status
+ *         (returned unchanged), or:
+ * @retval -1 null data, malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_read_data_on_smart_card(kvn_device_conn *conn, kvn_smart_card_data *data);
+
+/**
+ * Writes bytes the caller has encoded to the smart card presented; they are the whole
+ * payload, sent from where they lie.
+ * @param[in] conn  open connection.
+ * @param[in] data  the bytes and their length (0: an empty payload).
+ * @par Request: set (0x00010002), command 905.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 null argument, a payload over the frame's bound (nothing is sent), or an answer of
+ *         1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_write_data_on_smart_card(kvn_device_conn *conn, const kvn_smart_card_raw_data *data);
+
+/**
+ * Writes a user record to the smart card presented. Tags 29 and 32 are not written,
+ * attr_t11 and attr_t12 go out as four bytes.
+ * @param[in] conn    open connection.
+ * @param[in] record  the record; its user_id must consist of ASCII letters and digits.
+ * @par Request: set (0x00010002), command 905.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -2020 the user id holds another character (nothing is sent).
+ * @retval -1 null record, a count or length beyond its array, or a record over 20480 bytes
+ *         (nothing is sent); an answer of 204800 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_write_user_record_on_smart_card(kvn_device_conn *conn, const kvn_user_record *record);
+
+/**
+ * Resets the smart card presented to the terminal.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 905, no payload.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_reset_smart_card(kvn_device_conn *conn);
+
+/**
+ * Revokes a card.
+ * @param[in] conn     open connection.
+ * @param[in] card_id  the 64-byte card identifier, sent under tag 12.
+ * @par Request: set (0x00010002), command 910.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 null card_id, or an answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_revoke_smart_card(kvn_device_conn *conn, const uint8_t *card_id);
+
+/**
+ * Takes a card off the revoked list.
+ * @param[in] conn     open connection.
+ * @param[in] card_id  the 64-byte card identifier, sent under tag 12.
+ * @par Request: reset (0x00030002), command 910.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 null card_id, or an answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_unrevoke_smart_card(kvn_device_conn *conn, const uint8_t *card_id);
+
+/**
+ * Reads the number of revoked cards.
+ * @param[in] conn    open connection.
+ * @param[out] count  receives tag 18 of the answer; untouched by an empty answer.
+ * @par Request: get (0x00020002), command 911.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 null count, malformed answer, or one of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_revoked_smart_card_count(kvn_device_conn *conn, uint32_t *count);
+
+/**
+ * Reads revoked card identifiers. entry_count is cleared before the request goes out;
+ * entries received after the 256th wrap around to the first.
+ * @param[in] conn      open connection.
+ * @param[in,out] list  request_value_1 and request_value_2 sent; entries received.
+ * @par Request: get (0x00020002), command 910.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 null list, malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_revoked_smart_card_list(kvn_device_conn *conn, kvn_revoked_card_list *list);
+
 /* @@USERS@@ (end of section) */
 
 /* ------------------------------------------------------------------------- */

@@ -61,6 +61,9 @@ inline Setup setup_for(const std::string& name) {
         // @@NETWORK@@
         // @@TABLES@@
         // @@USERS@@
+        {"kvn_store_user_record",
+         [](Args& a) { *a.at<kvn_user_store_request>(1) = {a.at<kvn_user_record>(2), a.at<kvn_user_store_result>(3)}; }},
+        {"kvn_verify_by_user_record", [](Args& a) { a.at<kvn_verify_user_record_request>(1)->record = a.at<kvn_user_record>(2); }},
         // @@LOGS@@
         // @@CARDS@@
     };

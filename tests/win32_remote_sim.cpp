@@ -43,6 +43,12 @@ std::string command_line(const Options& o) {
     if (f.bad_sync) add("--bad-sync");
     if (f.bad_crc) add("--bad-crc");
     if (f.byte_by_byte) add("--byte-by-byte");
+    if (!o.card.empty()) {
+        static const char* const hex = "0123456789ABCDEF";
+        std::string h;
+        for (uint8_t b : o.card) h += std::string{hex[b >> 4], hex[b & 15]};
+        add("--card " + h);
+    }
     return args;
 }
 

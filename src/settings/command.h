@@ -174,5 +174,18 @@ int32_t get_u32(kvn_device_conn* conn, uint32_t command, uint8_t tag, uint32_t* 
     return get<Size>(conn, command, rows, value);
 }
 
+// Bytes the caller has encoded, as the whole payload: sent from where they lie, never
+// copied, bounded only by the frame; status only, the answer read into Size bytes.
+template <uint32_t Size = kSmallBuffer>
+int32_t send_raw(kvn_device_conn* conn, const Request& rq, const void* data, uint32_t length) noexcept {
+    if (conn == nullptr) return KVN_E_WRITE_TIMEOUT;
+    if (data == nullptr && length != 0) return KVN_E_TLV_BUFFER_OVERFLOW;
+    Buffer<Size> buffer;
+    if (buffer.data() == nullptr) return KVN_E_TLV_BUFFER_OVERFLOW;
+    const ConstBuf piece{static_cast<const uint8_t*>(data), length};
+    uint32_t received = Size;
+    return transact(conn, rq, &piece, length != 0 ? 1 : 0, length, buffer.data(), &received);
+}
+
 }  // namespace cmd
 }  // namespace kvn

@@ -35,6 +35,7 @@ struct Options {
     bool serial = false;                 // serve a pseudo-terminal instead of TCP
     uint32_t prefill_logs = 0;           // a journal created now starts with this many entries
     Faults faults;
+    std::vector<uint8_t> card;           // a card held to the reader from the start (kvn-sim --card)
 };
 
 class Simulator {

@@ -458,6 +458,7 @@ bool Simulator::start(std::string* error) {
     if (!m.store->prepare(error)) return false;
     m.terminal = std::make_unique<Terminal>(*m.store, m.options.prefill_logs);
     if (!m.terminal->load(error)) return false;
+    if (!m.options.card.empty()) m.terminal->present_card(m.options.card);
     if (::pipe2(m.wake, O_CLOEXEC) != 0) {
         if (error) *error = "cannot create a pipe";
         return false;
