@@ -111,7 +111,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         case 512: kvn_get_wiegand_output_setting(&c, keep<kvn_wiegand_output_setting>()); break;
         case 513: kvn_get_wiegand_pulse_setting(&c, keep<kvn_wiegand_pulse_setting>()); break;
         case 514: kvn_get_multi_wiegand_input_setting(&c, keep<kvn_multi_wiegand_input_setting>()); break;
-        case 515: kvn_upload_wiegand_format(&c, keep<kvn_wiegand_format>()); break;
         // @@CARDS@@
 
         default: kvn_receive_response(&c, buffer, &length); break;
