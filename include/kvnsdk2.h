@@ -1390,7 +1390,7 @@ KVN_API int32_t kvn_clear_door_force_open_alarm(kvn_device_conn *conn);
 
 /** The card at the reader (command 901). */
 typedef struct kvn_card_serial_number {
-    uint8_t serial[64];      /* tag 12: up to 64 bytes as the terminal reports them, not terminated */
+    uint8_t serial[KVN_CARD_SERIAL_SIZE]; /* tag 12: up to 64 bytes as the terminal reports them, not terminated */
     uint32_t serial_info;    /* tag 11 */
 } kvn_card_serial_number;
 
@@ -1412,16 +1412,16 @@ typedef struct kvn_smart_card_access_keys {
  * first byte; the rest of the block keeps what it held. */
 /** MIFARE 1K and 4K card layouts (command 904). */
 typedef struct kvn_mifare_cards_layout {
-    uint8_t mifare1k_layout[255]; /* tag 7: sent whole when mifare1k_flag is not 0 */
-    uint8_t mifare4k_layout[255]; /* tag 9: sent whole when mifare4k_flag is not 0 */
+    uint8_t mifare1k_layout[KVN_CARD_LAYOUT_SIZE]; /* tag 7: sent whole when mifare1k_flag is not 0 */
+    uint8_t mifare4k_layout[KVN_CARD_LAYOUT_SIZE]; /* tag 9: sent whole when mifare4k_flag is not 0 */
     uint8_t mifare1k_flag;        /* tag 8: 0 keeps tags 8 and 7 back */
     uint8_t mifare4k_flag;        /* tag 10: 0 keeps tags 10 and 9 back */
 } kvn_mifare_cards_layout;
 
 /** HID card layouts (command 913). */
 typedef struct kvn_hid_cards_layout {
-    uint8_t hid_layout_1[255];    /* tag 29: sent whole when hid_layout_1_flag is not 0 */
-    uint8_t hid_layout_2[255];    /* tag 31: sent whole when hid_layout_2_flag is not 0 */
+    uint8_t hid_layout_1[KVN_CARD_LAYOUT_SIZE]; /* tag 29: sent whole when hid_layout_1_flag is not 0 */
+    uint8_t hid_layout_2[KVN_CARD_LAYOUT_SIZE]; /* tag 31: sent whole when hid_layout_2_flag is not 0 */
     uint8_t hid_value[8];         /* tag 33: a read copies a value of up to 7 bytes; 8 or more set only byte 0 */
     uint8_t hid_layout_1_flag;    /* tag 30: 0 keeps tags 30 and 29 back */
     uint8_t hid_layout_2_flag;    /* tag 32: 0 keeps tags 32 and 31 back */
@@ -1446,7 +1446,7 @@ typedef struct kvn_key_manipulation_flags {
 typedef struct kvn_srl_server_settings {
     uint32_t srl_value_1;         /* tag 1 */
     uint32_t srl_value_2;         /* tag 3 */
-    char server[1024];            /* tag 2: sent up to its NUL, even empty; a read copies up to 1024 bytes, not terminated */
+    char server[KVN_SRL_SERVER_SIZE]; /* tag 2: sent up to its NUL, even empty; a read copies up to 1024 bytes, not terminated */
 } kvn_srl_server_settings;
 
 /** A Wiegand format (commands 701 and 704). Which fields go out depends on wiegand_type. */
@@ -1463,15 +1463,15 @@ typedef struct kvn_wiegand_format {
     uint8_t mask_t21[64];         /* tag 21: type 2 */
     uint8_t mask_t22[64];         /* tag 22: type 2 */
     uint8_t mask_t23[64];         /* tag 23: type 2 */
-    uint8_t parity_masks_t24[4][64]; /* tag 24, one element each: type 2 */
-    uint8_t parity_masks_t25[4][64]; /* tag 25, one element each: type 2, sent before the tag-24 ones */
+    uint8_t parity_masks_t24[KVN_WIEGAND_PARITY_MAX][64]; /* tag 24, one element each: type 2 */
+    uint8_t parity_masks_t25[KVN_WIEGAND_PARITY_MAX][64]; /* tag 25, one element each: type 2, sent before the tag-24 ones */
 } kvn_wiegand_format;
 
 /** The Wiegand formats the terminal holds (command 702). */
 typedef struct kvn_wiegand_format_list {
     uint8_t count;                /* formats stored; cleared by the read before it sends */
-    uint8_t format_ids[20];       /* tag 3 of each format */
-    char format_names[20][51];    /* tag 4 of each format: at most 50 bytes, no NUL added */
+    uint8_t format_ids[KVN_WIEGAND_FORMAT_LIST_MAX]; /* tag 3 of each format */
+    char format_names[KVN_WIEGAND_FORMAT_LIST_MAX][51]; /* tag 4 of each format: at most 50 bytes, no NUL added */
 } kvn_wiegand_format_list;
 
 /** Wiegand input settings (command 123), sent in the order 3, 9, 29, 1. */
@@ -1512,7 +1512,7 @@ typedef struct kvn_multi_wiegand_input_setting {
     uint32_t attr_t33;            /* tag 33 */
     uint32_t attr_t34;            /* tag 34 */
     /** One tag-31 container each, in array order; a read fills them in the answer's order. */
-    kvn_wiegand_input_setting inputs[5];
+    kvn_wiegand_input_setting inputs[KVN_MULTI_WIEGAND_INPUTS];
 } kvn_multi_wiegand_input_setting;
 
 /**
