@@ -1,6 +1,7 @@
 // Feeds arbitrary terminal answers to every reading export. The first input byte
 // picks the export and whether the rest is wrapped in a well-formed frame (so the
 // decoders see it) or sent raw (so the frame checks do).
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -140,6 +141,21 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         // @@LOGS@@
 
         // Card reading and layouts, card server, Wiegand: cases 500 to 599.
+        case 500: kvn_read_card_serial_number(&c, keep<kvn_card_serial_number>()); break;
+        case 501: kvn_read_prox_card_serial_number(&c, keep<std::array<uint8_t, KVN_CARD_SERIAL_SIZE>>()->data()); break;
+        case 502: kvn_get_csn_setting(&c, keep<kvn_csn_setting>()); break;
+        case 503: kvn_get_pacs_setting(&c, keep<uint32_t>()); break;
+        case 504: kvn_get_mifare_cards_layout(&c, keep<kvn_mifare_cards_layout>()); break;
+        case 505: kvn_get_hid_cards_layout(&c, keep<kvn_hid_cards_layout>()); break;
+        case 506: kvn_get_desfire_settings(&c, keep<kvn_desfire_settings>()); break;
+        case 507: kvn_get_key_manipulation_flags(&c, keep<kvn_key_manipulation_flags>()); break;
+        case 508: kvn_get_srl_server_settings(&c, keep<kvn_srl_server_settings>()); break;
+        case 509: kvn_get_card_preference_settings(&c, keep<uint16_t>()); break;
+        case 510: kvn_get_wiegand_format_list(&c, keep<kvn_wiegand_format_list>()); break;
+        case 511: kvn_get_wiegand_input_setting(&c, keep<kvn_wiegand_input_setting>()); break;
+        case 512: kvn_get_wiegand_output_setting(&c, keep<kvn_wiegand_output_setting>()); break;
+        case 513: kvn_get_wiegand_pulse_setting(&c, keep<kvn_wiegand_pulse_setting>()); break;
+        case 514: kvn_get_multi_wiegand_input_setting(&c, keep<kvn_multi_wiegand_input_setting>()); break;
         // @@CARDS@@
 
         default: kvn_receive_response(&c, buffer, &length); break;

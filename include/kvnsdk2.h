@@ -2378,6 +2378,631 @@ KVN_API int32_t kvn_get_revoked_smart_card_list(kvn_device_conn *conn, kvn_revok
 /* Card reading and layouts, card server and preference, Wiegand formats and ports */
 /* ------------------------------------------------------------------------- */
 
+/* Every function of this section works in a 1024-byte buffer: an answer of 1024 bytes
+ * or more gives -1. Reads store only the fields the answer carries and never clear the
+ * record first. */
+
+/** Bytes of a card serial number (kvn_card_serial_number::serial, the proximity read's buffer). */
+#define KVN_CARD_SERIAL_SIZE 64
+/** Bytes of a MIFARE or HID layout block. */
+#define KVN_CARD_LAYOUT_SIZE 255
+/** Bytes of the SRL server text. */
+#define KVN_SRL_SERVER_SIZE 1024
+/** Parity definitions of each kind a Wiegand format holds. */
+#define KVN_WIEGAND_PARITY_MAX 4
+/** Formats a kvn_wiegand_format_list holds. */
+#define KVN_WIEGAND_FORMAT_LIST_MAX 20
+/** Input settings a kvn_multi_wiegand_input_setting carries. */
+#define KVN_MULTI_WIEGAND_INPUTS 5
+
+/** The card at the reader (command 901). */
+typedef struct kvn_card_serial_number {
+    uint8_t serial[KVN_CARD_SERIAL_SIZE]; /* tag 12: up to 64 bytes as the terminal reports them, not terminated */
+    uint32_t serial_info;    /* tag 11 */
+} kvn_card_serial_number;
+
+/** Card serial number (CSN) settings (command 902). */
+typedef struct kvn_csn_setting {
+    uint32_t csn_value_1;    /* tag 1 */
+    uint32_t csn_value_2;    /* tag 2 */
+} kvn_csn_setting;
+
+/** Smart-card access keys (command 903): written, never read back. */
+typedef struct kvn_smart_card_access_keys {
+    uint8_t key_1[16];       /* tag 6 */
+    uint8_t key_2[16];       /* tag 3 */
+    uint8_t key_3[16];       /* tag 4 */
+    uint8_t key_4[16];       /* tag 16 */
+} kvn_smart_card_access_keys;
+
+/* A layout value longer than its block stores only its first byte into the block's
+ * first byte; the rest of the block keeps what it held. */
+/** MIFARE 1K and 4K card layouts (command 904). */
+typedef struct kvn_mifare_cards_layout {
+    uint8_t mifare1k_layout[KVN_CARD_LAYOUT_SIZE]; /* tag 7: sent whole when mifare1k_flag is not 0 */
+    uint8_t mifare4k_layout[KVN_CARD_LAYOUT_SIZE]; /* tag 9: sent whole when mifare4k_flag is not 0 */
+    uint8_t mifare1k_flag;        /* tag 8: 0 keeps tags 8 and 7 back */
+    uint8_t mifare4k_flag;        /* tag 10: 0 keeps tags 10 and 9 back */
+} kvn_mifare_cards_layout;
+
+/** HID card layouts (command 913). */
+typedef struct kvn_hid_cards_layout {
+    uint8_t hid_layout_1[KVN_CARD_LAYOUT_SIZE]; /* tag 29: sent whole when hid_layout_1_flag is not 0 */
+    uint8_t hid_layout_2[KVN_CARD_LAYOUT_SIZE]; /* tag 31: sent whole when hid_layout_2_flag is not 0 */
+    uint8_t hid_value[8];         /* tag 33: a read copies a value of up to 7 bytes; 8 or more set only byte 0 */
+    uint8_t hid_layout_1_flag;    /* tag 30: 0 keeps tags 30 and 29 back */
+    uint8_t hid_layout_2_flag;    /* tag 32: 0 keeps tags 32 and 31 back */
+    uint8_t hid_value_flag;       /* tag 34: 0 keeps tags 34 and 33 back */
+} kvn_hid_cards_layout;
+
+/** DESFire settings (command 908). */
+typedef struct kvn_desfire_settings {
+    uint32_t desfire_value_1;     /* tag 13 */
+    uint8_t desfire_value_2;      /* tag 14 */
+    uint32_t desfire_value_3;     /* tag 15 */
+} kvn_desfire_settings;
+
+/** Key manipulation flags (command 912), sent in the order 5, 20, 19. */
+typedef struct kvn_key_manipulation_flags {
+    uint32_t flags_1;             /* tag 5 */
+    uint32_t flags_2;             /* tag 20 */
+    uint32_t flags_3;             /* tag 19 */
+} kvn_key_manipulation_flags;
+
+/** SRL server settings (command 141), sent in the order 1, 3, 2. */
+typedef struct kvn_srl_server_settings {
+    uint32_t srl_value_1;         /* tag 1 */
+    uint32_t srl_value_2;         /* tag 3 */
+    char server[KVN_SRL_SERVER_SIZE]; /* tag 2: sent up to its NUL, even empty; a read copies up to 1024 bytes, not terminated */
+} kvn_srl_server_settings;
+
+/** A Wiegand format (commands 701 and 704). Which fields go out depends on wiegand_type. */
+typedef struct kvn_wiegand_format {
+    uint8_t format_id;            /* tag 3: the format's id on the terminal; type 0 sets it to 1 */
+    uint32_t wiegand_type;        /* tag 2: 0, 1 or 2 */
+    char format_name[51];         /* tag 4: types 1 and 2, sent up to its NUL */
+    uint16_t attr_t19;            /* tag 19: types 1 and 2 */
+    uint8_t attr_t05;             /* tag 5: type 0 only */
+    uint8_t parity_count_t24;     /* parity_masks_t24 entries sent by type 2, 0 to 4 */
+    uint8_t parity_count_t25;     /* parity_masks_t25 entries sent by type 2, 0 to 4 */
+    uint8_t mask_t06[64];         /* tag 6: types 1 and 2 */
+    uint8_t mask_t20[64];         /* tag 20: type 2 */
+    uint8_t mask_t21[64];         /* tag 21: type 2 */
+    uint8_t mask_t22[64];         /* tag 22: type 2 */
+    uint8_t mask_t23[64];         /* tag 23: type 2 */
+    uint8_t parity_masks_t24[KVN_WIEGAND_PARITY_MAX][64]; /* tag 24, one element each: type 2 */
+    uint8_t parity_masks_t25[KVN_WIEGAND_PARITY_MAX][64]; /* tag 25, one element each: type 2, sent before the tag-24 ones */
+} kvn_wiegand_format;
+
+/** The Wiegand formats the terminal holds (command 702). */
+typedef struct kvn_wiegand_format_list {
+    uint8_t count;                /* formats stored; cleared by the read before it sends */
+    uint8_t format_ids[KVN_WIEGAND_FORMAT_LIST_MAX]; /* tag 3 of each format */
+    char format_names[KVN_WIEGAND_FORMAT_LIST_MAX][51]; /* tag 4 of each format: at most 50 bytes, no NUL added */
+} kvn_wiegand_format_list;
+
+/** Wiegand input settings (command 123), sent in the order 3, 9, 29, 1. */
+typedef struct kvn_wiegand_input_setting {
+    uint8_t attr_t03;             /* tag 3 */
+    uint32_t attr_t09;            /* tag 9 */
+    uint32_t attr_t29;            /* tag 29 */
+    uint8_t attr_t01;             /* tag 1 */
+} kvn_wiegand_input_setting;
+
+/** Wiegand output settings (command 124). */
+typedef struct kvn_wiegand_output_setting {
+    uint32_t attr_t10;            /* tag 10 */
+    uint32_t attr_t26;            /* tag 26: a read copies at most 4 bytes, a shorter value changes only the low bytes */
+    uint8_t attr_t11;             /* tag 11 */
+    uint8_t attr_t12;             /* tag 12 */
+    uint8_t attr_t13;             /* tag 13 */
+    uint8_t attr_t14;             /* tag 14 */
+    uint8_t attr_t15;             /* tag 15 */
+    uint8_t attr_t16;             /* tag 16 */
+    uint8_t attr_t17;             /* tag 17 */
+    uint8_t attr_t18;             /* tag 18 */
+    uint8_t attr_t27;             /* tag 27 */
+    uint8_t attr_t28;             /* tag 28 */
+} kvn_wiegand_output_setting;
+
+/** Wiegand pulse settings (command 130). */
+typedef struct kvn_wiegand_pulse_setting {
+    uint8_t attr_t07;             /* tag 7 */
+    uint16_t attr_t08;            /* tag 8 */
+} kvn_wiegand_pulse_setting;
+
+/* A read copies each value as it is, at most the field's width: a shorter value changes
+ * only the field's low bytes. */
+/** Multi-input Wiegand settings (command 165): three values and five input settings. */
+typedef struct kvn_multi_wiegand_input_setting {
+    uint32_t attr_t32;            /* tag 32 */
+    uint32_t attr_t33;            /* tag 33 */
+    uint32_t attr_t34;            /* tag 34 */
+    /** One tag-31 container each, in array order; a read fills them in the answer's order. */
+    kvn_wiegand_input_setting inputs[KVN_MULTI_WIEGAND_INPUTS];
+} kvn_multi_wiegand_input_setting;
+
+/**
+ * Reads the serial number of the card at the reader.
+ * @param[in] conn   open connection.
+ * @param[out] card  receives tag 12 (at most 64 bytes) and tag 11.
+ * @par Request: get (0x00020002), command 901.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_read_card_serial_number(kvn_device_conn *conn, kvn_card_serial_number *card);
+
+/**
+ * Reads the serial number of the proximity card at the reader.
+ * @param[in] conn     open connection.
+ * @param[out] serial  KVN_CARD_SERIAL_SIZE bytes; receives tag 2, at most 64 bytes, not terminated.
+ * @par Request: get (0x00020002), command 703.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_read_prox_card_serial_number(kvn_device_conn *conn, uint8_t *serial /* [KVN_CARD_SERIAL_SIZE] */);
+
+/**
+ * Writes the card serial number (CSN) settings.
+ * @param[in] conn     open connection.
+ * @param[in] setting  the settings.
+ * @par Request: set (0x00010002), command 902.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_set_csn_setting(kvn_device_conn *conn, const kvn_csn_setting *setting);
+
+/**
+ * Reads the card serial number (CSN) settings.
+ * @param[in] conn      open connection.
+ * @param[out] setting  receives the fields the answer carries.
+ * @par Request: get (0x00020002), command 902.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_csn_setting(kvn_device_conn *conn, kvn_csn_setting *setting);
+
+/**
+ * Resets the card serial number (CSN) settings to the terminal's defaults.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 902.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_reset_csn_setting(kvn_device_conn *conn);
+
+/**
+ * Writes the PACS setting under tag 41.
+ * @param[in] conn   open connection.
+ * @param[in] value  the setting.
+ * @par Request: set (0x00010002), command 917.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_set_pacs_setting(kvn_device_conn *conn, uint32_t value);
+
+/**
+ * Reads the PACS setting from tag 1 of the answer (a set writes tag 41).
+ * @param[in] conn    open connection.
+ * @param[out] value  receives tag 1; untouched when the answer lacks it.
+ * @par Request: get (0x00020002), command 917.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_pacs_setting(kvn_device_conn *conn, uint32_t *value);
+
+/**
+ * Resets the PACS setting to the terminal's default.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 917.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_reset_pacs_setting(kvn_device_conn *conn);
+
+/**
+ * Writes the smart-card access keys (tags 6, 3, 4, 16); they cannot be read back.
+ * @param[in] conn  open connection.
+ * @param[in] keys  the four 16-byte keys.
+ * @par Request: set (0x00010002), command 903.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_set_smart_card_access_keys(kvn_device_conn *conn, const kvn_smart_card_access_keys *keys);
+
+/**
+ * Resets the smart-card access keys to the terminal's defaults.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 903.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_reset_smart_card_access_keys(kvn_device_conn *conn);
+
+/**
+ * Writes the MIFARE layouts whose flag is not 0, each flag before its block;
+ * with both flags 0 the request goes out empty.
+ * @param[in] conn    open connection.
+ * @param[in] layout  the layouts and their flags.
+ * @par Request: set (0x00010002), command 904.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_set_mifare_cards_layout(kvn_device_conn *conn, const kvn_mifare_cards_layout *layout);
+
+/**
+ * Reads the MIFARE layouts; a layout value longer than 255 bytes stores only its first byte.
+ * @param[in] conn     open connection.
+ * @param[out] layout  receives the fields the answer carries.
+ * @par Request: get (0x00020002), command 904.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_mifare_cards_layout(kvn_device_conn *conn, kvn_mifare_cards_layout *layout);
+
+/**
+ * Resets the MIFARE 1K layout (tag 11 = 8).
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 904.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_reset_mifare1k_card_layout(kvn_device_conn *conn);
+
+/**
+ * Resets the MIFARE 4K layout (tag 11 = 24).
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 904.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_reset_mifare4k_card_layout(kvn_device_conn *conn);
+
+/**
+ * Writes the HID layouts and value whose flag is not 0, each flag before its block.
+ * @param[in] conn    open connection.
+ * @param[in] layout  the layouts, the value and their flags.
+ * @par Request: set (0x00010002), command 913.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_set_hid_cards_layout(kvn_device_conn *conn, const kvn_hid_cards_layout *layout);
+
+/**
+ * Reads the HID layouts; a layout value longer than 255 bytes, or a hid_value of 8
+ * bytes or more, stores only its first byte.
+ * @param[in] conn     open connection.
+ * @param[out] layout  receives the fields the answer carries.
+ * @par Request: get (0x00020002), command 913.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_hid_cards_layout(kvn_device_conn *conn, kvn_hid_cards_layout *layout);
+
+/**
+ * Resets the HID layouts to the terminal's defaults.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 913.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_reset_hid_card_layout(kvn_device_conn *conn);
+
+/**
+ * Writes the DESFire settings.
+ * @param[in] conn     open connection.
+ * @param[in] setting  the settings.
+ * @par Request: set (0x00010002), command 908.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_set_desfire_settings(kvn_device_conn *conn, const kvn_desfire_settings *setting);
+
+/**
+ * Reads the DESFire settings.
+ * @param[in] conn      open connection.
+ * @param[out] setting  receives the fields the answer carries.
+ * @par Request: get (0x00020002), command 908.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_desfire_settings(kvn_device_conn *conn, kvn_desfire_settings *setting);
+
+/**
+ * Resets the DESFire settings to the terminal's defaults.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 908.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_reset_desfire_settings(kvn_device_conn *conn);
+
+/**
+ * Writes the key manipulation flags.
+ * @param[in] conn   open connection.
+ * @param[in] flags  the flags.
+ * @par Request: set (0x00010002), command 912.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_set_key_manipulation_flags(kvn_device_conn *conn, const kvn_key_manipulation_flags *flags);
+
+/**
+ * Reads the key manipulation flags.
+ * @param[in] conn    open connection.
+ * @param[out] flags  receives the fields the answer carries.
+ * @par Request: get (0x00020002), command 912.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_key_manipulation_flags(kvn_device_conn *conn, kvn_key_manipulation_flags *flags);
+
+/**
+ * Resets the key manipulation flags to the terminal's defaults.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 912.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_reset_key_manipulation_flags(kvn_device_conn *conn);
+
+/**
+ * Writes the SRL server settings.
+ * @param[in] conn     open connection.
+ * @param[in] setting  the settings.
+ * @par Request: set (0x00010002), command 141.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 server text too long for the request (nothing is sent), or an answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_set_srl_server_settings(kvn_device_conn *conn, const kvn_srl_server_settings *setting);
+
+/**
+ * Reads the SRL server settings.
+ * @param[in] conn      open connection.
+ * @param[out] setting  receives the fields the answer carries.
+ * @par Request: get (0x00020002), command 141.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_srl_server_settings(kvn_device_conn *conn, kvn_srl_server_settings *setting);
+
+/**
+ * Resets the SRL server settings to the terminal's defaults.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 141.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_reset_srl_server_settings(kvn_device_conn *conn);
+
+/**
+ * Writes the card preference (tag 40, two bytes).
+ * @param[in] conn        open connection.
+ * @param[in] preference  the preference.
+ * @par Request: set (0x00010002), command 916.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_set_card_preference_settings(kvn_device_conn *conn, const uint16_t *preference);
+
+/**
+ * Reads the card preference. A 1-byte value changes only the low byte.
+ * @param[in] conn         open connection.
+ * @param[out] preference  receives tag 40; untouched when the value is longer than 2 bytes.
+ * @par Request: get (0x00020002), command 916.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1010 tag 40 longer than 2 bytes; the rest of the answer is still read.
+ * @retval -1 malformed answer, or one of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_card_preference_settings(kvn_device_conn *conn, uint16_t *preference);
+
+/**
+ * Resets the card preference to the terminal's default.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 916.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_reset_card_preference_settings(kvn_device_conn *conn);
+
+/**
+ * Uploads a Wiegand format, encoded by its type: type 0 sends tags 2, 3, 5 and first
+ * sets format_id to 1 in @p format; type 1 tags 2, 3, 19, 4, 6; type 2 tags 2, 3, 19,
+ * 4, 6, 20 to 23, then parity_count_t25 tag-25 and parity_count_t24 tag-24 elements.
+ * @param[in] conn        open connection.
+ * @param[in,out] format  the format; type 0 changes its format_id to 1.
+ * @par Request: set (0x00010002), command 701.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -10 wiegand_type is not 0, 1 or 2; nothing is sent.
+ * @retval -11 type 2 with a parity count above 4; nothing is sent.
+ * @retval -1 answer as long as the request or longer.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_upload_wiegand_format(kvn_device_conn *conn, kvn_wiegand_format *format);
+
+/**
+ * Deletes a Wiegand format from the terminal (tag 3).
+ * @param[in] conn       open connection.
+ * @param[in] format_id  the format's id.
+ * @par Request: set (0x00010002), command 704.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer as long as the request (3 bytes) or longer.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_delete_wiegand_format(kvn_device_conn *conn, uint8_t format_id);
+
+/**
+ * Lists the terminal's Wiegand formats: count is cleared before the request goes out,
+ * then each tag-1 container of the answer fills the next entry; those beyond
+ * KVN_WIEGAND_FORMAT_LIST_MAX are dropped.
+ * @param[in] conn   open connection.
+ * @param[out] list  receives the count and the formats' ids and names.
+ * @par Request: get (0x00020002), command 702.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_wiegand_format_list(kvn_device_conn *conn, kvn_wiegand_format_list *list);
+
+/**
+ * Writes the Wiegand input settings.
+ * @param[in] conn     open connection.
+ * @param[in] setting  the settings.
+ * @par Request: set (0x00010002), command 123.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_set_wiegand_input_setting(kvn_device_conn *conn, const kvn_wiegand_input_setting *setting);
+
+/**
+ * Reads the Wiegand input settings.
+ * @param[in] conn      open connection.
+ * @param[out] setting  receives the fields the answer carries.
+ * @par Request: get (0x00020002), command 123.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_wiegand_input_setting(kvn_device_conn *conn, kvn_wiegand_input_setting *setting);
+
+/**
+ * Resets the Wiegand input settings to the terminal's defaults.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 123.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_reset_wiegand_input_setting(kvn_device_conn *conn);
+
+/**
+ * Writes the Wiegand output settings.
+ * @param[in] conn     open connection.
+ * @param[in] setting  the settings.
+ * @par Request: set (0x00010002), command 124.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_set_wiegand_output_setting(kvn_device_conn *conn, const kvn_wiegand_output_setting *setting);
+
+/**
+ * Reads the Wiegand output settings.
+ * @param[in] conn      open connection.
+ * @param[out] setting  receives the fields the answer carries.
+ * @par Request: get (0x00020002), command 124.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_wiegand_output_setting(kvn_device_conn *conn, kvn_wiegand_output_setting *setting);
+
+/**
+ * Resets the Wiegand output settings to the terminal's defaults.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 124.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_reset_wiegand_output_setting(kvn_device_conn *conn);
+
+/**
+ * Writes the Wiegand pulse settings.
+ * @param[in] conn     open connection.
+ * @param[in] setting  the settings.
+ * @par Request: set (0x00010002), command 130.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_set_wiegand_pulse_setting(kvn_device_conn *conn, const kvn_wiegand_pulse_setting *setting);
+
+/**
+ * Reads the Wiegand pulse settings.
+ * @param[in] conn      open connection.
+ * @param[out] setting  receives the fields the answer carries.
+ * @par Request: get (0x00020002), command 130.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_wiegand_pulse_setting(kvn_device_conn *conn, kvn_wiegand_pulse_setting *setting);
+
+/**
+ * Resets the Wiegand pulse settings to the terminal's defaults.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 130.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_reset_wiegand_pulse_setting(kvn_device_conn *conn);
+
+/**
+ * Writes the multi-input Wiegand settings: tags 32, 33, 34 and five tag-31 containers
+ * (138 bytes), whatever the inputs hold.
+ * @param[in] conn     open connection.
+ * @param[in] setting  the settings.
+ * @par Request: set (0x00010002), command 165.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_set_multi_wiegand_input_setting(kvn_device_conn *conn, const kvn_multi_wiegand_input_setting *setting);
+
+/**
+ * Reads the multi-input Wiegand settings; containers after the fifth are skipped.
+ * @param[in] conn      open connection.
+ * @param[out] setting  receives the fields the answer carries.
+ * @par Request: get (0x00020002), command 165.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_multi_wiegand_input_setting(kvn_device_conn *conn, kvn_multi_wiegand_input_setting *setting);
+
+/**
+ * Resets the multi-input Wiegand settings to the terminal's defaults.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 165.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_reset_multi_wiegand_input_setting(kvn_device_conn *conn);
+
+
 /* @@CARDS@@ (end of section) */
 
 #ifdef __cplusplus
