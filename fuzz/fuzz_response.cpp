@@ -1,9 +1,11 @@
 // Feeds arbitrary terminal answers to every reading export. The first input byte
 // picks the export and whether the rest is wrapped in a well-formed frame (so the
 // decoders see it) or sent raw (so the frame checks do).
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "kvnsdk2.h"
@@ -98,14 +100,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         case 112: kvn_get_system_notification_setting(&c, keep<kvn_system_notification_setting>()); break;
         case 113: kvn_get_wifi_status(&c, keep<kvn_wifi_status>()); break;
         case 114: {  // the whole capacity every time: the count only shrinks otherwise
-            struct Scan {
-                kvn_wifi_connection_info info;
-                kvn_wifi_scan_entry entries[UINT8_MAX];
-                uint8_t count;
-            };
-            Scan* s = keep<Scan>();
-            s->count = UINT8_MAX;
-            kvn_get_wifi_scan_list(&c, &s->info, s->entries, &s->count);
+            auto* s = keep<std::pair<kvn_wifi_connection_info, std::array<kvn_wifi_scan_entry, UINT8_MAX>>>();
+            uint8_t count = UINT8_MAX;
+            kvn_get_wifi_scan_list(&c, &s->first, s->second.data(), &count);
             break;
         }
         case 115: kvn_get_wifi_network_info(&c, keep<kvn_wifi_network_info>()); break;
