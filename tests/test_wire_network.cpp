@@ -143,7 +143,7 @@ TEST(NetworkWire, RejectedAddressesAndOversizedNamesSendNothing) {
     for (const char* bad : {"256.1.1.1", "1.1.1", "1.1.1.1.", "1234567890123456", ""}) {
         auto e = kEth;
         auto j = kJoin;
-        std::strcpy(e.address_6, bad), std::strcpy(j.address_e, bad);
+        std::strncpy(e.address_6, bad, 16), std::strncpy(j.address_e, bad, 16);  // 16 characters: no NUL
         const Seen s = capture([&](auto c) { return kvn_set_ethernet_setting(c, &e); });
         EXPECT_EQ(s.rc + int32_t(s.command), KVN_E_INVALID_IP_ADDRESS) << bad;
         EXPECT_EQ(capture([&](auto c) { return kvn_connect_wifi(c, &j); }).rc, KVN_E_INVALID_IP_ADDRESS) << bad;
