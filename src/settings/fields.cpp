@@ -396,14 +396,15 @@ int32_t decode_flat(Level& level, const List& l, ListState& s, const Field& f, u
         i = s.seen[which]++;
         const uint32_t total = s.seen[0] > s.seen[1] ? s.seen[0] : s.seen[1];
         const uint32_t stored = total < l.capacity ? total : l.capacity;
-        if (i < l.capacity) {
+        const bool room = i < l.capacity && first_entry(l, level.base) != nullptr;
+        if (room) {
             uint8_t* e = entry_at(l, level.base, i);
             const uint32_t before = load_le32(level.base + l.count);
             if (l.clear_new && i >= before) std::memset(e, 0, l.stride);
         }
         store_le32(level.base + l.count, stored);
         store_le32(level.base + l.total, total);
-        if (i >= l.capacity) return 0;
+        if (!room) return 0;
     } else {
         i = counter(l, s, level.base);
         if (i >= s.capacity) return 0;
