@@ -48,12 +48,10 @@ TEST_P(NetworkE2E, EveryGroupRoundTripsAndEveryRequestIsUnderstood) {
                kvn_reset_serial_setting);
     round_trip(c, "usb", kvn_usb_auxiliary_setting{9}, kvn_set_usb_auxiliary_setting, kvn_get_usb_auxiliary_setting,
                kvn_reset_usb_auxiliary_setting);
-    round_trip(c, "product", kProduct, kvn_set_product_info, kvn_get_product_info,
-               kvn_reset_product_info);
+    round_trip(c, "product", kProduct, kvn_set_product_info, kvn_get_product_info, kvn_reset_product_info);
     round_trip(c, "debug", kvn_device_debug_log{0, 2}, kvn_set_device_debug_log, kvn_get_device_debug_log,
                kvn_reset_device_debug_log);
-    round_trip(c, "security", kSecurity, kvn_set_device_security, kvn_get_device_security,
-               kvn_reset_device_security);
+    round_trip(c, "security", kSecurity, kvn_set_device_security, kvn_get_device_security, kvn_reset_device_security);
     round_trip(c, "vnc", kvn_device_vnc_setting{1, "pw"}, kvn_set_device_vnc_setting, kvn_get_device_vnc_setting,
                kvn_reset_device_vnc_setting);
     round_trip(c, "ssl", kvn_ssl_setting{0, "ca.pem", "", 3}, kvn_set_ssl_setting, kvn_get_ssl_setting,

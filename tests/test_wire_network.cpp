@@ -34,7 +34,8 @@ const kvn_wifi_status kWifi{7};
 const kvn_wifi_connect_setting kJoin{"office", "secret99", 0, "192.168.20.31", "255.255.255.0", "192.168.20.1",
                                      "192.168.20.2", "8.8.8.8"};
 const kvn_ethernet_security_setting kSec{2, {"", "", "10.0.0.1"}, {"00:1A:2B:3C:4D:5E"}};
-const kvn_vpn_profile kVpn{17, "t2", 3, "t4", "t5", "t6", "t7", "t8", "t9", 10, "t11", "t12", "t13", "t14", "t15", "t16"};
+const kvn_vpn_profile kVpn{17, "t2", 3, "t4", "t5", "t6", "t7", "t8", "t9", 10, "t11", "t12", "t13", "t14", "t15",
+                           "t16"};
 const kvn_vpn_profile kVpnEmpty{};
 const kvn_wifi_network_info kNet{2, "office", "wpa2", 5, 8, "10.0.0.9", "10.0.0.11", "10.0.0.10", "10.0.0.12",
                                  "10.0.0.13", 0x0F};
@@ -86,12 +87,14 @@ TEST(NetworkWire, EveryExportsRequest) {
     const Row rows[] = {
         {SET(kvn_set_ethernet_setting, &kEth), 101, kEthBytes},
         {SET(kvn_set_ethernet_setting, &dhcp), 101, {1, 4, 1, 0, 0, 0, 3, 4, 0x8D, 0x13, 0, 0}},  // no addresses
-        {SET(kvn_set_serial_setting, &kSerial), 102, cat({u32(1, 0x1021), u32(2, 0x1022), u32(3, 0x1023), u32(4, 0x1024)})},
+        {SET(kvn_set_serial_setting, &kSerial), 102,
+            cat({u32(1, 0x1021), u32(2, 0x1022), u32(3, 0x1023), u32(4, 0x1024)})},
         {SET(kvn_set_usb_auxiliary_setting, &kUsb), 103, {1, 4, 3, 1, 0, 0}},
         {SET(kvn_set_product_info, &kProduct), 116, cat({u32(1, 0x116), text(2, "KVN-9")})},
         {SET(kvn_set_device_debug_log, &debug), 129, cat({u32(1, 0x1291), u32(2, 0x1292)})},
         {SET(kvn_set_device_security, &kSecurity), 128, cat({u32(1, 0x128), text(2, "pin")})},
-        {SET(kvn_set_device_date_time, clock.get()), 126, cat({u32(1, 0x1261), u32(2, 0x1262), {5, 0}, u32(6, 0x1266)})},
+        {SET(kvn_set_device_date_time, clock.get()), 126,
+            cat({u32(1, 0x1261), u32(2, 0x1262), {5, 0}, u32(6, 0x1266)})},  // the empty text goes out
         {SET(kvn_set_device_vnc_setting, &kVnc), 134, cat({{2, 1, 0x34}, text(3, "vnc-pass")})},
         {SET(kvn_set_ssl_setting, &ssl_own), 127, cat({u32(3, 0x33), u32(6, 0x66)})},
         {SET(kvn_set_ssl_setting, &ssl_cert), 127, cat({u32(3, 0x33), text(4, "ca.pem"), {5, 0}})},
@@ -114,7 +117,8 @@ TEST(NetworkWire, EveryExportsRequest) {
         GET(kvn_get_device_security, 128), GET(kvn_get_device_date_time, 126), GET(kvn_get_device_status, 202),
         GET(kvn_get_device_vnc_setting, 134), GET(kvn_get_ssl_setting, 127), GET(kvn_get_ssl_cert_list, 133),
         GET(kvn_get_system_notification_setting, 125), GET(kvn_get_wifi_status, 135), GET(kvn_get_vpn_status, 1002),
-        GET(kvn_get_wifi_network_info, 138), GET(kvn_get_ethernet_security_setting, 163), GET(kvn_get_vpn_profile, 1001),
+        GET(kvn_get_wifi_network_info, 138), GET(kvn_get_ethernet_security_setting, 163),
+        GET(kvn_get_vpn_profile, 1001),
         GET(kvn_get_user_cert_list, 1003), GET(kvn_get_ca_cert_list, 1004), GET(kvn_get_uploaded_cert_list, 1007),
         {[&](auto c) { return kvn_get_wifi_scan_list(c, a.ptr(1), a.ptr(2), a.ptr(3)); }, kGet, 136, {}},
         {kvn_reset_ethernet_setting, kReset, 101, {}}, {kvn_reset_serial_setting, kReset, 102, {}},
