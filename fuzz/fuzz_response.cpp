@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstring>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "kvnsdk2.h"
@@ -96,6 +97,33 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         case 17: kvn_send_reset_command(&c, 121); break;
 
         // Network and device management: cases 100 to 199.
+        case 100: kvn_get_ethernet_setting(&c, keep<kvn_ethernet_setting>()); break;
+        case 101: kvn_get_serial_setting(&c, keep<kvn_serial_setting>()); break;
+        case 102: kvn_get_usb_auxiliary_setting(&c, keep<kvn_usb_auxiliary_setting>()); break;
+        case 103: kvn_get_device_info(&c, keep<kvn_device_info>()); break;
+        case 104: kvn_get_product_info(&c, keep<kvn_product_info>()); break;
+        case 105: kvn_get_device_debug_log(&c, keep<kvn_device_debug_log>()); break;
+        case 106: kvn_get_device_security(&c, keep<kvn_device_security>()); break;
+        case 107: kvn_get_device_date_time(&c, keep<kvn_device_date_time>()); break;
+        case 108: kvn_get_device_status(&c, keep<kvn_device_status>()); break;
+        case 109: kvn_get_device_vnc_setting(&c, keep<kvn_device_vnc_setting>()); break;
+        case 110: kvn_get_ssl_setting(&c, keep<kvn_ssl_setting>()); break;
+        case 111: kvn_get_ssl_cert_list(&c, keep<kvn_ssl_cert_list>()); break;
+        case 112: kvn_get_system_notification_setting(&c, keep<kvn_system_notification_setting>()); break;
+        case 113: kvn_get_wifi_status(&c, keep<kvn_wifi_status>()); break;
+        case 114: {  // the whole capacity every time: the count only shrinks otherwise
+            auto* s = keep<std::pair<kvn_wifi_connection_info, std::array<kvn_wifi_scan_entry, UINT8_MAX>>>();
+            uint8_t count = UINT8_MAX;
+            kvn_get_wifi_scan_list(&c, &s->first, s->second.data(), &count);
+            break;
+        }
+        case 115: kvn_get_wifi_network_info(&c, keep<kvn_wifi_network_info>()); break;
+        case 116: kvn_get_ethernet_security_setting(&c, keep<kvn_ethernet_security_setting>()); break;
+        case 117: kvn_get_vpn_profile(&c, keep<kvn_vpn_profile>()); break;
+        case 118: kvn_get_vpn_status(&c, keep<kvn_vpn_status>()); break;
+        case 119: kvn_get_user_cert_list(&c, keep<kvn_vpn_cert_list>()); break;
+        case 120: kvn_get_ca_cert_list(&c, keep<kvn_vpn_cert_list>()); break;
+        case 121: kvn_get_uploaded_cert_list(&c, keep<kvn_vpn_cert_list>()); break;
         // @@NETWORK@@
 
         // Specific-purpose I/O, time attendance, job codes, VoIP, schedules: cases 200 to 299.

@@ -1347,6 +1347,864 @@ KVN_API int32_t kvn_clear_door_force_open_alarm(kvn_device_conn *conn);
 /* Network and device management: wired and serial network, device information and maintenance, wireless, SSL, notifications, Ethernet security, VPN and certificates */
 /* ------------------------------------------------------------------------- */
 
+/* Wired network (101), serial port (102) and USB auxiliary port (103). */
+
+/* Addresses are NUL-terminated dotted-quad texts in the records and 32-bit numbers on the
+ * wire (a.b.c.d is a * 2^24 + b * 2^16 + c * 2^8 + d, sent little-endian), converted as
+ * kvn_convert_ip_string_to_int() and kvn_convert_ip_int_to_string() do. A set whose
+ * address the conversion rejects returns KVN_E_INVALID_IP_ADDRESS and sends nothing. */
+/** Wired Ethernet settings (command 101). */
+typedef struct kvn_ethernet_setting {
+    uint32_t address_mode; /* tag 1: 1 takes the addresses from the network, and a set then sends none */
+    char ip_address[16];   /* tag 2: the terminal's own address */
+    uint32_t port;         /* tag 3: communication port; 0 is not sent */
+    char address_4[16];    /* tag 4: netmask, gateway or DNS server, as the terminal assigns tags 4 to 7 */
+    char address_5[16];    /* tag 5 */
+    char address_6[16];    /* tag 6 */
+    char address_7[16];    /* tag 7 */
+    char mac_address[18];  /* tag 8: read only; a read copies at most 18 bytes */
+} kvn_ethernet_setting;
+
+/** Serial port settings (command 102); the values are the terminal's. */
+typedef struct kvn_serial_setting {
+    uint32_t value_1; /* tag 1 */
+    uint32_t value_2; /* tag 2 */
+    uint32_t value_3; /* tag 3 */
+    uint32_t value_4; /* tag 4 */
+} kvn_serial_setting;
+
+/** USB auxiliary port setting (command 103). */
+typedef struct kvn_usb_auxiliary_setting {
+    uint32_t value; /* tag 1 */
+} kvn_usb_auxiliary_setting;
+
+/**
+ * Writes the Ethernet settings: tag 1, tag 3 when the port is not 0, then (unless the
+ * address mode is 1) the five addresses under tags 2, 4, 5, 6 and 7. The MAC is never sent.
+ * @param[in] conn     open connection.
+ * @param[in] setting  the settings.
+ * @par Request: set (0x00010002), command 101.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -15 an address that is not a dotted quad; nothing is sent.
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_set_ethernet_setting(kvn_device_conn *conn, const kvn_ethernet_setting *setting);
+
+/**
+ * Reads the Ethernet settings, the MAC address included; addresses come back as dotted quads.
+ * @param[in] conn      open connection.
+ * @param[out] setting  receives the fields the answer carries.
+ * @par Request: get (0x00020002), command 101.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_ethernet_setting(kvn_device_conn *conn, kvn_ethernet_setting *setting);
+
+/**
+ * Resets the Ethernet settings to the terminal's defaults.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 101.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_reset_ethernet_setting(kvn_device_conn *conn);
+
+/**
+ * Writes the serial port settings (tags 1 to 4).
+ * @param[in] conn     open connection.
+ * @param[in] setting  the settings.
+ * @par Request: set (0x00010002), command 102.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_set_serial_setting(kvn_device_conn *conn, const kvn_serial_setting *setting);
+
+/**
+ * Reads the serial port settings.
+ * @param[in] conn      open connection.
+ * @param[out] setting  receives the fields the answer carries.
+ * @par Request: get (0x00020002), command 102.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_serial_setting(kvn_device_conn *conn, kvn_serial_setting *setting);
+
+/**
+ * Resets the serial port settings to the terminal's defaults.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 102.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_reset_serial_setting(kvn_device_conn *conn);
+
+/**
+ * Writes the USB auxiliary port setting (tag 1).
+ * @param[in] conn     open connection.
+ * @param[in] setting  the setting.
+ * @par Request: set (0x00010002), command 103.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_set_usb_auxiliary_setting(kvn_device_conn *conn, const kvn_usb_auxiliary_setting *setting);
+
+/**
+ * Reads the USB auxiliary port setting.
+ * @param[in] conn      open connection.
+ * @param[out] setting  receives tag 1 of the answer.
+ * @par Request: get (0x00020002), command 103.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_usb_auxiliary_setting(kvn_device_conn *conn, kvn_usb_auxiliary_setting *setting);
+
+/**
+ * Resets the USB auxiliary port setting to the terminal's default.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 103.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_reset_usb_auxiliary_setting(kvn_device_conn *conn);
+
+/* Device information (201), product information (116), debug log (129), device security
+ * (128), date and time (126), device status (202), VNC (134) and maintenance (121, 122, 131). */
+
+/* Fields are named by the tag that carries them; their meaning is the terminal's.
+ * Addresses come back as dotted quads, one-byte fields take the low byte of their value. */
+/** Device information (command 201), read only. */
+typedef struct kvn_device_info {
+    uint32_t value_1;       /* tag 1 */
+    char text_2[50];        /* tag 2: at most 50 bytes */
+    uint32_t value_20;      /* tag 20 */
+    uint32_t value_5;       /* tag 5 */
+    char address_9[16];     /* tag 9 */
+    char address_10[16];    /* tag 10 */
+    char address_11[16];    /* tag 11 */
+    char address_12[16];    /* tag 12 */
+    char text_21[32];       /* tag 21: at most 32 bytes */
+    char address_22[16];    /* tag 22 */
+    char address_23[16];    /* tag 23 */
+    char address_24[16];    /* tag 24 */
+    char address_25[16];    /* tag 25 */
+    uint8_t byte_26;        /* tag 26 */
+    uint8_t byte_28;        /* tag 28 */
+    char address_29[16];    /* tag 29 */
+    char mac_13[18];        /* tag 13: at most 18 bytes; a tag 14 of 26 bytes or more overwrites it */
+    char text_14[26];       /* tag 14: shorter than 26 bytes, stored here; longer, 26 bytes from mac_13 on */
+    uint32_t value_8;       /* tag 8 */
+    char text_4[16];        /* tag 4: at most 16 bytes */
+    char mac_15[18];        /* tag 15: at most 18 bytes */
+    uint32_t value_16;      /* tag 16 */
+    uint32_t value_30;      /* tag 30 */
+    uint32_t value_17;      /* tag 17 */
+    uint32_t value_6;       /* tag 6 */
+    uint32_t value_18;      /* tag 18 */
+    uint32_t value_19;      /* tag 19 */
+    uint32_t value_31;      /* tag 31 */
+    uint32_t value_32;      /* tag 32 */
+    uint32_t unused;        /* never written */
+    uint32_t value_7;       /* tag 7 */
+    uint8_t byte_27;        /* tag 27 */
+    char text_3[11];        /* tag 3: at most 11 bytes */
+    uint32_t value_35;      /* tag 35 */
+    uint8_t data_36[1024];  /* tag 36: the value's bytes, the rest cleared */
+    char text_37[50];       /* tag 37: the value's first 50 bytes, the rest cleared */
+    uint32_t value_38;      /* tag 38 */
+    uint32_t value_39;      /* tag 39 */
+} kvn_device_info;
+
+/** Product information (command 116). */
+typedef struct kvn_product_info {
+    uint32_t value; /* tag 1 */
+    char text[50];  /* tag 2: sent at its own length when not empty; a read takes at most 50 bytes */
+} kvn_product_info;
+
+/** Debug log setting (command 129). */
+typedef struct kvn_device_debug_log {
+    uint32_t value_1; /* tag 1: sent, never read back */
+    uint32_t value_2; /* tag 2 */
+} kvn_device_debug_log;
+
+/** Device security setting (command 128). */
+typedef struct kvn_device_security {
+    uint32_t value; /* tag 1 */
+    char text[11];  /* tag 2: sent at its own length when not empty; a read takes at most 11 bytes */
+} kvn_device_security;
+
+/** Device status (command 202), read like kvn_device_security. */
+typedef struct kvn_device_status {
+    uint32_t value; /* tag 1 */
+    char text[11];  /* tag 2: at most 11 bytes */
+} kvn_device_status;
+
+/** Date and time (command 126). */
+typedef struct kvn_device_date_time {
+    uint32_t value_1; /* tag 1 */
+    uint32_t value_2; /* tag 2 */
+    char text[1024];  /* tag 5: always sent, empty too; a read fills all 1024 bytes, the value's first */
+    uint32_t value_6; /* tag 6 */
+} kvn_device_date_time;
+
+/** VNC setting (command 134). */
+typedef struct kvn_device_vnc_setting {
+    uint8_t value; /* tag 2 */
+    char text[21]; /* tag 3: sent at its own length when not empty; a read takes at most 21 bytes */
+} kvn_device_vnc_setting;
+
+/**
+ * Reads the device information. Each value is taken from a cleared scratch area, so a
+ * short integer is zero-extended; tags 33, 34 and 40 onwards are ignored.
+ * @param[in] conn   open connection.
+ * @param[out] info  receives the fields the answer carries.
+ * @par Request: get (0x00020002), command 201.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_device_info(kvn_device_conn *conn, kvn_device_info *info);
+
+/**
+ * Writes the product information: tag 1, and tag 2 when the text is not empty.
+ * @param[in] conn  open connection.
+ * @param[in] info  the product information.
+ * @par Request: set (0x00010002), command 116.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_set_product_info(kvn_device_conn *conn, const kvn_product_info *info);
+
+/**
+ * Reads the product information.
+ * @param[in] conn   open connection.
+ * @param[out] info  receives the fields the answer carries.
+ * @par Request: get (0x00020002), command 116.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_product_info(kvn_device_conn *conn, kvn_product_info *info);
+
+/**
+ * Resets the product information to the terminal's defaults.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 116.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_reset_product_info(kvn_device_conn *conn);
+
+/**
+ * Writes the debug log setting (tags 1 and 2).
+ * @param[in] conn  open connection.
+ * @param[in] log   the setting.
+ * @par Request: set (0x00010002), command 129.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_set_device_debug_log(kvn_device_conn *conn, const kvn_device_debug_log *log);
+
+/**
+ * Reads the debug log setting: value_2 only; value_1 is left as it was.
+ * @param[in] conn  open connection.
+ * @param[out] log  receives tag 2 of the answer.
+ * @par Request: get (0x00020002), command 129.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_device_debug_log(kvn_device_conn *conn, kvn_device_debug_log *log);
+
+/**
+ * Resets the debug log setting to the terminal's default.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 129.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_reset_device_debug_log(kvn_device_conn *conn);
+
+/**
+ * Reboots the terminal at once. The request is sent and no answer is read, so the
+ * result says only whether it was sent.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 121.
+ * @return 0 when the request was sent, or:
+ * @retval -3 write failure or timeout.
+ */
+KVN_API int32_t kvn_device_reboot_forcefully(kvn_device_conn *conn);
+
+/**
+ * Reboots the terminal once it has answered.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 131.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_device_reboot_gracefully(kvn_device_conn *conn);
+
+/**
+ * Writes the device security setting: tag 1, and tag 2 when the text is not empty.
+ * @param[in] conn      open connection.
+ * @param[in] security  the setting.
+ * @par Request: set (0x00010002), command 128.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_set_device_security(kvn_device_conn *conn, const kvn_device_security *security);
+
+/**
+ * Reads the device security setting.
+ * @param[in] conn       open connection.
+ * @param[out] security  receives the fields the answer carries.
+ * @par Request: get (0x00020002), command 128.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_device_security(kvn_device_conn *conn, kvn_device_security *security);
+
+/**
+ * Resets the device security setting to the terminal's default.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 128.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_reset_device_security(kvn_device_conn *conn);
+
+/**
+ * Writes the date and time: tags 1, 2, 5 (even when the text is empty) and 6.
+ * @param[in] conn       open connection.
+ * @param[in] date_time  the date and time.
+ * @par Request: set (0x00010002), command 126.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_set_device_date_time(kvn_device_conn *conn, const kvn_device_date_time *date_time);
+
+/**
+ * Reads the date and time.
+ * @param[in] conn        open connection.
+ * @param[out] date_time  receives the fields the answer carries.
+ * @par Request: get (0x00020002), command 126.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_device_date_time(kvn_device_conn *conn, kvn_device_date_time *date_time);
+
+/**
+ * Reads the device status (tag 1 value, tag 2 text of at most 11 bytes).
+ * @param[in] conn     open connection.
+ * @param[out] status  receives the fields the answer carries.
+ * @par Request: get (0x00020002), command 202.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_device_status(kvn_device_conn *conn, kvn_device_status *status);
+
+/**
+ * Restores the terminal's factory defaults.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 122.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_device_factory_default(kvn_device_conn *conn);
+
+/**
+ * Writes the VNC setting: tag 2, and tag 3 when the text is not empty.
+ * @param[in] conn     open connection.
+ * @param[in] setting  the setting.
+ * @par Request: set (0x00010002), command 134.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_set_device_vnc_setting(kvn_device_conn *conn, const kvn_device_vnc_setting *setting);
+
+/**
+ * Reads the VNC setting.
+ * @param[in] conn      open connection.
+ * @param[out] setting  receives the fields the answer carries.
+ * @par Request: get (0x00020002), command 134.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_device_vnc_setting(kvn_device_conn *conn, kvn_device_vnc_setting *setting);
+
+/**
+ * Resets the VNC setting to the terminal's default.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 134.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_reset_device_vnc_setting(kvn_device_conn *conn);
+
+/* SSL (127, 133), system notification (125), Wi-Fi (135 to 138) and Ethernet security (163). */
+
+/** SSL setting (command 127). */
+typedef struct kvn_ssl_setting {
+    uint32_t value_6; /* tag 6: when not 0, a set sends it instead of the name and the secret */
+    char name[51];    /* tag 4: a read takes at most 50 bytes */
+    char secret[33];  /* tag 5: sent only, never read back */
+    uint32_t value_3; /* tag 3: always sent first */
+} kvn_ssl_setting;
+
+/** Names a kvn_ssl_cert_list or kvn_vpn_cert_list holds: every value of its 8-bit count. */
+#define KVN_CERT_LIST_MAX 256
+
+/* A read appends at `count` and never clears it: set count to 0 before the first read.
+ * After 255 names the count wraps to 0 and the next name lands in entry 0 again. */
+/** SSL certificate names (command 133). */
+typedef struct kvn_ssl_cert_list {
+    uint8_t count;                      /* names stored; the next name goes to entry `count` */
+    char names[KVN_CERT_LIST_MAX][51];  /* tag 4: at most 50 bytes each, the rest of the entry kept */
+} kvn_ssl_cert_list;
+
+/** System notification setting (command 125). */
+typedef struct kvn_system_notification_setting {
+    uint32_t value;   /* tag 1 */
+    char text[1024];  /* tag 2: always sent, empty too; a set has room for about 1014 bytes */
+} kvn_system_notification_setting;
+
+/** Wi-Fi status (command 135). */
+typedef struct kvn_wifi_status {
+    uint8_t value; /* tag 2 */
+} kvn_wifi_status;
+
+/* Addresses B to E are netmask, gateway and DNS servers as the terminal assigns them. */
+/** The network kvn_connect_wifi() joins (command 137). */
+typedef struct kvn_wifi_connect_setting {
+    char name[32];        /* tag 3: sent when not empty */
+    char key[65];         /* tag 7: sent when not empty */
+    uint8_t source;       /* tag 8: 0 sends the addresses below, any other value none */
+    char ip_address[16];  /* tag 9 */
+    char address_b[16];   /* tag 11 */
+    char address_c[16];   /* tag 10 */
+    char address_d[16];   /* tag 12 */
+    char address_e[16];   /* tag 13, and again as tag 15 */
+} kvn_wifi_connect_setting;
+
+/** The network joined, as kvn_get_wifi_scan_list() reports it. */
+typedef struct kvn_wifi_connection_info {
+    char name[32];        /* tag 6: at most 32 bytes */
+    uint8_t source;       /* tag 8 */
+    char ip_address[16];  /* tag 9 */
+    char address_b[16];   /* tag 11 */
+    char address_c[16];   /* tag 10 */
+    char address_d[16];   /* tag 12 */
+    char address_e[16];   /* tag 13 */
+    uint8_t value_15;     /* tag 15: the low byte */
+} kvn_wifi_connection_info;
+
+/** One network of a Wi-Fi scan (a tag-1 container). */
+typedef struct kvn_wifi_scan_entry {
+    char name[32];     /* inner tag 3: at most 32 bytes */
+    char text[100];    /* inner tag 4: at most 100 bytes */
+    uint32_t value_5;  /* inner tag 5 */
+} kvn_wifi_scan_entry;
+
+/** Wi-Fi network information (command 138). */
+typedef struct kvn_wifi_network_info {
+    uint8_t value_2;      /* tag 2 */
+    char name[32];        /* tag 3: at most 32 bytes */
+    char text[100];       /* tag 4: at most 100 bytes */
+    uint32_t value_5;     /* tag 5 */
+    uint8_t source;       /* tag 8 */
+    char ip_address[16];  /* tag 9 */
+    char address_b[16];   /* tag 11 */
+    char address_c[16];   /* tag 10 */
+    char address_d[16];   /* tag 12 */
+    char address_e[16];   /* tag 13 */
+    uint8_t value_15;     /* tag 15: the low byte */
+} kvn_wifi_network_info;
+
+/** Address and MAC texts a kvn_ethernet_security_setting holds, each. */
+#define KVN_ETHERNET_SECURITY_MAX 10
+
+/* Texts travel as they are, not converted: each non-empty one in a container of its own
+ * (addresses: tag 2 around tag 3; MACs: tag 4 around tag 5). A read fills the texts in
+ * the order the containers arrive; a MAC must be exactly 17 bytes. */
+/** Ethernet security setting (command 163). */
+typedef struct kvn_ethernet_security_setting {
+    uint32_t mode;                                /* tag 1 */
+    char addresses[KVN_ETHERNET_SECURITY_MAX][16]; /* tag 2 containers, inner tag 3 */
+    char macs[KVN_ETHERNET_SECURITY_MAX][18];      /* tag 4 containers, inner tag 5: 17 characters and a NUL */
+} kvn_ethernet_security_setting;
+
+/**
+ * Writes the SSL setting: tag 3, then tag 6 alone when value_6 is not 0, otherwise the
+ * name (tag 4) and the secret (tag 5), both sent even when empty.
+ * @param[in] conn     open connection.
+ * @param[in] setting  the setting.
+ * @par Request: set (0x00010002), command 127.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_set_ssl_setting(kvn_device_conn *conn, const kvn_ssl_setting *setting);
+
+/**
+ * Reads the SSL setting; the secret is never read back and keeps what it held.
+ * @param[in] conn      open connection.
+ * @param[out] setting  receives the fields the answer carries.
+ * @par Request: get (0x00020002), command 127.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_ssl_setting(kvn_device_conn *conn, kvn_ssl_setting *setting);
+
+/**
+ * Resets the SSL setting to the terminal's default.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 127.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_reset_ssl_setting(kvn_device_conn *conn);
+
+/**
+ * Reads the SSL certificate names, appending each tag 4 at list->count.
+ * @param[in] conn       open connection.
+ * @param[in,out] list   count: where the first name goes (0 for a fresh list); names: filled.
+ * @par Request: get (0x00020002), command 133.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_ssl_cert_list(kvn_device_conn *conn, kvn_ssl_cert_list *list);
+
+/**
+ * Writes the system notification setting: tag 1, and tag 2 even when the text is empty.
+ * @param[in] conn     open connection.
+ * @param[in] setting  the setting.
+ * @par Request: set (0x00010002), command 125.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 a text too long for the 1024-byte request (nothing is sent), or an answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_set_system_notification_setting(kvn_device_conn *conn,
+                                                    const kvn_system_notification_setting *setting);
+
+/**
+ * Reads the system notification setting.
+ * @param[in] conn      open connection.
+ * @param[out] setting  receives the fields the answer carries.
+ * @par Request: get (0x00020002), command 125.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_system_notification_setting(kvn_device_conn *conn, kvn_system_notification_setting *setting);
+
+/**
+ * Resets the system notification setting to the terminal's default.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 125.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_reset_system_notification_setting(kvn_device_conn *conn);
+
+/**
+ * Writes the Wi-Fi status (tag 2).
+ * @param[in] conn    open connection.
+ * @param[in] status  the status.
+ * @par Request: set (0x00010002), command 135.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_set_wifi_status(kvn_device_conn *conn, const kvn_wifi_status *status);
+
+/**
+ * Reads the Wi-Fi status.
+ * @param[in] conn     open connection.
+ * @param[out] status  receives tag 2 of the answer.
+ * @par Request: get (0x00020002), command 135.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_wifi_status(kvn_device_conn *conn, kvn_wifi_status *status);
+
+/**
+ * Resets the Wi-Fi status to the terminal's default.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 135.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_reset_wifi_status(kvn_device_conn *conn);
+
+/**
+ * Scans for Wi-Fi networks: each tag-1 container fills the next entry while fewer than
+ * the capacity are filled (the others are read and dropped); the network joined fills @p info.
+ * @param[in] conn         open connection.
+ * @param[out] info        receives the network joined (tags 6, 8 to 13, 15).
+ * @param[out] entries     the caller's array of at least *@p count entries.
+ * @param[in,out] count    in: the entries @p entries holds; out: the entries filled,
+ *                         written only when the whole answer was read.
+ * @par Request: get (0x00020002), command 136.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 204800 bytes or more; also a null @p entries with a non-zero count.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_wifi_scan_list(kvn_device_conn *conn, kvn_wifi_connection_info *info,
+                                       kvn_wifi_scan_entry *entries, uint8_t *count);
+
+/**
+ * Joins a Wi-Fi network: tags 3 and 7 when not empty, tag 8, and when the source is 0
+ * the addresses under tags 9 to 13, then address E once more under tag 15.
+ * @param[in] conn     open connection.
+ * @param[in] setting  the network and its addresses.
+ * @par Request: set (0x00010002), command 137.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -15 an address that is not a dotted quad; nothing is sent.
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -8012/-8013 the terminal's "Failed to Enable Wi-Fi", "Failed to Connect Wi-Fi".
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_connect_wifi(kvn_device_conn *conn, const kvn_wifi_connect_setting *setting);
+
+/**
+ * Leaves a Wi-Fi network: tag 3 with the name when it is not empty, else an empty payload.
+ * @param[in] conn  open connection.
+ * @param[in] name  the network's name, NUL-terminated.
+ * @par Request: reset (0x00030002), command 137.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 a name too long for the 1024-byte request (nothing is sent), or an answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_disconnect_wifi(kvn_device_conn *conn, const char *name);
+
+/**
+ * Reads the Wi-Fi network information.
+ * @param[in] conn   open connection.
+ * @param[out] info  receives the fields the answer carries.
+ * @par Request: get (0x00020002), command 138.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_wifi_network_info(kvn_device_conn *conn, kvn_wifi_network_info *info);
+
+/**
+ * Writes the Ethernet security setting: tag 1, then a container for each address and
+ * each MAC text that is not empty.
+ * @param[in] conn     open connection.
+ * @param[in] setting  the setting.
+ * @par Request: set (0x00010002), command 163.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_set_ethernet_security_setting(kvn_device_conn *conn, const kvn_ethernet_security_setting *setting);
+
+/**
+ * Reads the Ethernet security setting. The result is that of the last container read.
+ * @param[in] conn      open connection.
+ * @param[out] setting  receives the mode and the texts, in the order of the containers.
+ * @par Request: get (0x00020002), command 163.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1010 the last container held a MAC that is not exactly 17 bytes (it is not stored).
+ * @retval -1 malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_ethernet_security_setting(kvn_device_conn *conn, kvn_ethernet_security_setting *setting);
+
+/**
+ * Resets the Ethernet security setting to the terminal's default.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 163.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_reset_ethernet_security_setting(kvn_device_conn *conn);
+
+/* VPN profile and status (1001, 1002) and its certificates (1003 to 1007). Every request
+ * of this family works in a 1024-byte buffer, and a set reads its answer with the length
+ * it sent as the capacity. */
+
+/** VPN profile (command 1001); every field is sent, empty texts too. */
+typedef struct kvn_vpn_profile {
+    uint32_t value_17; /* tag 17 */
+    char text_2[51];   /* tag 2; a read takes at most 50 bytes of each text */
+    uint32_t value_3;  /* tag 3 */
+    char text_4[51];   /* tag 4 */
+    char text_5[51];   /* tag 5 */
+    char text_6[51];   /* tag 6 */
+    char text_7[51];   /* tag 7 */
+    char text_8[51];   /* tag 8 */
+    char text_9[51];   /* tag 9 */
+    uint32_t value_10; /* tag 10 */
+    char text_11[51];  /* tag 11 */
+    char text_12[51];  /* tag 12 */
+    char text_13[51];  /* tag 13 */
+    char text_14[51];  /* tag 14 */
+    char text_15[51];  /* tag 15 */
+    char text_16[51];  /* tag 16 */
+} kvn_vpn_profile;
+
+/** VPN status (command 1002). */
+typedef struct kvn_vpn_status {
+    uint32_t state;   /* tag 28 */
+    char address[16]; /* tag 29: dotted quad */
+} kvn_vpn_status;
+
+/* A read appends at `count` and never clears it: set count to 0 before the first read. */
+/** VPN certificate names (commands 1003, 1004, 1007). */
+typedef struct kvn_vpn_cert_list {
+    uint8_t count;                      /* names stored; the next name goes to entry `count` */
+    char names[KVN_CERT_LIST_MAX][51];  /* tags 14, 15, 21 (also inside tag-20 containers): at most 50 bytes each */
+} kvn_vpn_cert_list;
+
+/** An uploaded certificate to install (command 1005). */
+typedef struct kvn_vpn_certificate_install {
+    char name[51];    /* tag 21: sent even when empty */
+    char secret[960]; /* tag 22: sent even when empty */
+} kvn_vpn_certificate_install;
+
+/**
+ * Writes the VPN profile: all sixteen elements in record order (tags 17, 2, 3, 4 to 9, 10,
+ * 11 to 16), texts at their own length even when empty.
+ * @param[in] conn     open connection.
+ * @param[in] profile  the profile.
+ * @par Request: set (0x00010002), command 1001.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 a profile too long for the 1024-byte request (nothing is sent), or an answer as long as the request or longer.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_set_vpn_profile(kvn_device_conn *conn, const kvn_vpn_profile *profile);
+
+/**
+ * Reads the VPN profile.
+ * @param[in] conn      open connection.
+ * @param[out] profile  receives the fields the answer carries.
+ * @par Request: get (0x00020002), command 1001.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_vpn_profile(kvn_device_conn *conn, kvn_vpn_profile *profile);
+
+/**
+ * Resets the VPN profile to the terminal's default.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 1001.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_reset_vpn_profile(kvn_device_conn *conn);
+
+/**
+ * Reads the VPN status.
+ * @param[in] conn     open connection.
+ * @param[out] status  receives the fields the answer carries.
+ * @par Request: get (0x00020002), command 1002.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_vpn_status(kvn_device_conn *conn, kvn_vpn_status *status);
+
+/**
+ * Reads the user certificate names, appending at list->count. A tag-20 container is read
+ * into the same list, and the result of the last one is the result.
+ * @param[in] conn      open connection.
+ * @param[in,out] list  count: where the first name goes (0 for a fresh list); names: filled.
+ * @par Request: get (0x00020002), command 1003.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer or container, or an answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_user_cert_list(kvn_device_conn *conn, kvn_vpn_cert_list *list);
+
+/**
+ * Reads the CA certificate names, as kvn_get_user_cert_list() does.
+ * @param[in] conn      open connection.
+ * @param[in,out] list  count: where the first name goes (0 for a fresh list); names: filled.
+ * @par Request: get (0x00020002), command 1004.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer or container, or an answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_ca_cert_list(kvn_device_conn *conn, kvn_vpn_cert_list *list);
+
+/**
+ * Reads the names of the uploaded certificates, as kvn_get_user_cert_list() does.
+ * @param[in] conn      open connection.
+ * @param[in,out] list  count: where the first name goes (0 for a fresh list); names: filled.
+ * @par Request: get (0x00020002), command 1007.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer or container, or an answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_uploaded_cert_list(kvn_device_conn *conn, kvn_vpn_cert_list *list);
+
+/**
+ * Installs an uploaded certificate: tag 21 the name, tag 22 the secret, both sent even when empty.
+ * @param[in] conn     open connection.
+ * @param[in] install  the certificate's name and secret.
+ * @par Request: set (0x00010002), command 1005.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer as long as the request or longer.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_install_uploaded_certificate(kvn_device_conn *conn, const kvn_vpn_certificate_install *install);
+
+/**
+ * Uninstalls a user certificate: tag 14 with the name, sent even when empty.
+ * @param[in] conn  open connection.
+ * @param[in] name  the certificate's name, NUL-terminated.
+ * @par Request: set (0x00010002), command 1006.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 a name too long for the 1024-byte request (nothing is sent), or an answer as long as the request or longer.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_uninstall_user_certificate(kvn_device_conn *conn, const char *name);
+
+/**
+ * Uninstalls a CA certificate: tag 15 with the name, sent even when empty.
+ * @param[in] conn  open connection.
+ * @param[in] name  the certificate's name, NUL-terminated.
+ * @par Request: set (0x00010002), command 1006.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 a name too long for the 1024-byte request (nothing is sent), or an answer as long as the request or longer.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_uninstall_ca_certificate(kvn_device_conn *conn, const char *name);
+
 /* @@NETWORK@@ (end of section) */
 
 /* ------------------------------------------------------------------------- */

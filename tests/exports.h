@@ -58,6 +58,9 @@ struct ExportCall {
 using Setup = void (*)(Args&);
 inline Setup setup_for(const std::string& name) {
     static const std::map<std::string, Setup> setups = {
+        // Empty addresses are refused before anything is sent: take them from the network.
+        {"kvn_set_ethernet_setting", [](Args& a) { a.at<kvn_ethernet_setting>(1)->address_mode = 1; }},
+        {"kvn_connect_wifi", [](Args& a) { a.at<kvn_wifi_connect_setting>(1)->source = 1; }},
         // @@NETWORK@@
         // @@TABLES@@
         // @@USERS@@

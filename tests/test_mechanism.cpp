@@ -90,6 +90,10 @@ struct Rec {
     Entry e[4];
 };
 constexpr Field kEntry[] = {u32(17, KVN_MEMBER(Entry, id)), text(18, KVN_MEMBER(Entry, name))};
+struct Far {  // entries passed beside the record
+    uint8_t count;
+    Entry* e;
+};
 constexpr Field kNameOnly[] = {text(4, KVN_MEMBER(Entry, name)), text(5, KVN_MEMBER(Entry, name))};
 
 int32_t run(Desc desc, const Bytes& p, Rec& r) {
@@ -168,6 +172,19 @@ TEST(Lists, HowADecodedElementFindsItsEntry) {
         EXPECT_EQ(r.e[1].id, 0u);
         r.to = 5;
         EXPECT_EQ(run(d, {0xFF}, r), 0);  // a limit of 0 reads nothing
+    }
+    // Entries where the record points, capacity in and filled out; a null pointer holds none.
+    {
+        static constexpr List l =
+            array_at(KVN_MEMBER(Far, e), 255).in(16).of(kEntry).counting(Counter::capacity_in, offsetof(Far, count));
+        static constexpr Field d[] = {list(l)};
+        Entry e[3]{};
+        Far f{2, e}, none{3, nullptr};
+        const Bytes in = cat({one, one, one});
+        const auto n = static_cast<uint32_t>(in.size());
+        EXPECT_EQ(decode(d, in.data(), n, &f) | decode(d, in.data(), n, &none), 0);
+        EXPECT_EQ(f.count * 100 + none.count * 10 + e[2].id, 200u);
+        EXPECT_EQ(e[1].id, 0x11u);
     }
     // Flat, appending at the caller's u8 count (kept), several tags alike.
     {

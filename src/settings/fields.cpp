@@ -28,6 +28,13 @@ bool holds(const Gate& g, const uint8_t* base) noexcept {
     return (load(base + g.offset, g.width) == g.value) == g.equal;
 }
 
+// The first entry of a list: in the owner, or where the owner points.
+const uint8_t* first_entry(const List& l, const uint8_t* owner) noexcept {
+    const uint8_t* first = owner + l.offset;
+    if (l.indirect) std::memcpy(&first, first, sizeof first);
+    return first;
+}
+
 uint8_t* at(uint8_t* base, const Field& f, uint32_t index) noexcept { return base + f.offset + index * f.column; }
 const uint8_t* at(const uint8_t* base, const Field& f, uint32_t index) noexcept {
     return base + f.offset + index * f.column;
@@ -56,13 +63,14 @@ void encode_list(tlv::Writer& w, const List& l, const uint8_t* owner, const Slic
             end = owner[l.send_count];
             break;
     }
+    if (first_entry(l, owner) == nullptr) return;
     if (slice != nullptr) {
         if (slice->first >= l.capacity || slice->count > l.capacity - slice->first) return w.fail();
         first = slice->first;
         end = slice->first + slice->count;
     }
     for (uint32_t i = first; i < end; ++i) {
-        const uint8_t* entry = owner + l.offset + i * l.stride;
+        const uint8_t* entry = first_entry(l, owner) + i * l.stride;
         if (!holds(l.entry_gate, entry)) continue;
         if (l.tag == 0) {
             encode_rows(w, l.entry, entry, i, nullptr);
@@ -181,7 +189,7 @@ void advance(const List& l, ListState& s, uint8_t* owner) noexcept {
 }
 
 void start_list(const List& l, ListState& s, const uint8_t* owner) noexcept {
-    s.capacity = l.capacity;
+    s.capacity = first_entry(l, owner) != nullptr ? l.capacity : 0;
     if (l.counter == Counter::capacity_in && owner[l.count] < s.capacity) s.capacity = owner[l.count];
     if (l.limit_to != l.limit_from) {
         const uint32_t limit = load_le32(owner + l.limit_to) - load_le32(owner + l.limit_from);
@@ -194,7 +202,9 @@ void finish_list(const List& l, const ListState& s, uint8_t* owner) noexcept {
     if (l.counter == Counter::capacity_in) owner[l.count] = static_cast<uint8_t>(s.counter);
 }
 
-uint8_t* entry_at(const List& l, uint8_t* owner, uint32_t i) noexcept { return owner + l.offset + i * l.stride; }
+uint8_t* entry_at(const List& l, uint8_t* owner, uint32_t i) noexcept {
+    return const_cast<uint8_t*>(first_entry(l, owner)) + i * l.stride;
+}
 
 int32_t store_value(const Field& f, uint8_t* m, const uint8_t* v, uint32_t len, int32_t& remembered) noexcept {
     const bool integer = f.kind == Kind::u8 || f.kind == Kind::u16 || f.kind == Kind::u32;
@@ -386,14 +396,15 @@ int32_t decode_flat(Level& level, const List& l, ListState& s, const Field& f, u
         i = s.seen[which]++;
         const uint32_t total = s.seen[0] > s.seen[1] ? s.seen[0] : s.seen[1];
         const uint32_t stored = total < l.capacity ? total : l.capacity;
-        if (i < l.capacity) {
+        const bool room = i < l.capacity && first_entry(l, level.base) != nullptr;
+        if (room) {
             uint8_t* e = entry_at(l, level.base, i);
             const uint32_t before = load_le32(level.base + l.count);
             if (l.clear_new && i >= before) std::memset(e, 0, l.stride);
         }
         store_le32(level.base + l.count, stored);
         store_le32(level.base + l.total, total);
-        if (i >= l.capacity) return 0;
+        if (!room) return 0;
     } else {
         i = counter(l, s, level.base);
         if (i >= s.capacity) return 0;

@@ -169,6 +169,7 @@ struct List {
                                             // u32@limit_to - u32@limit_from entries
     bool remember_result = false;     // a container's result is remembered, not returned at once
     bool clear_new = false;           // an entry is cleared when it is first filled
+    bool indirect = false;            // `offset` holds a pointer to the first entry, not the entries
 
     // Modifiers, each returning the changed list.
     constexpr List of(Desc rows) const { List l = *this; l.entry = rows; return l; }
@@ -190,6 +191,7 @@ struct List {
     }
     constexpr List remembering() const { List l = *this; l.remember_result = true; return l; }
     constexpr List clearing_new() const { List l = *this; l.clear_new = true; return l; }
+    constexpr List through_pointer() const { List l = *this; l.indirect = true; return l; }
 };
 
 // Rows. `Member<T>` carries a member's offset and type so that a row can check it.
@@ -347,6 +349,17 @@ constexpr List array(Member<T[N]> m) {
 template <class T, size_t N>
 constexpr List array() {
     return array(Member<T[N]>{0});
+}
+
+// A list over an array the owner points at (a caller's array passed beside its
+// record): `capacity` entries at most; a null pointer holds none.
+template <class T>
+constexpr List array_at(Member<T*> m, uint32_t capacity) {
+    List l;
+    l.offset = m.offset;
+    l.stride = sizeof(T);
+    l.capacity = capacity;
+    return l.through_pointer();
 }
 
 // Encodes the record's rows in order. `first`/`count`, when given, replace the

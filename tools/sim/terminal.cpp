@@ -477,10 +477,13 @@ Reply Terminal::wifi(const Request& rq) {
             o.u32(5, n.signal);
             o.close(at, 1);
         }
+        // The network joined; tag 15 is one byte in the answers (1 while joined),
+        // not the address the connect request repeats under it.
         for (const Node& n : wifi_link_) {
             if (n.tag == 3) o.element(6, n.value);
-            else if (n.tag == 8 || n.tag == 15 || (n.tag >= 9 && n.tag <= 13)) o.node(n);
+            else if (n.tag == 8 || (n.tag >= 9 && n.tag <= 13)) o.node(n);
         }
+        if (!wifi_link_.empty()) o.u8(15, 1);
         Reply r;
         r.payload = std::move(o.bytes);
         return r;
@@ -496,10 +499,11 @@ Reply Terminal::wifi(const Request& rq) {
                         o.text(4, w.detail);
                         o.u32(5, w.signal);
                     }
-            } else if (n.tag != 7) {
+            } else if (n.tag != 7 && n.tag != 15) {
                 o.node(n);
             }
         }
+        if (!wifi_link_.empty()) o.u8(15, 1);
         Reply r;
         r.payload = std::move(o.bytes);
         return r;
