@@ -17,15 +17,24 @@
 #include <stdint.h>
 #include <wchar.h>
 
+/*
+ * Export and calling convention, stated once: every kvn_ function and the callback
+ * type below use the C calling convention (__cdecl on Windows, whatever a program's
+ * own default is, for example under /Gz; the platform's only convention on Linux
+ * x86-64 and Windows x64). On Windows, KVN_STATIC selects the static library
+ * (libkvnsdk2_static.a); without it the functions come from kvnsdk2.dll.
+ */
 #if defined(_WIN32) || defined(__CYGWIN__)
+#  define KVN_CALL __cdecl
 #  if defined(KVN_STATIC)
-#    define KVN_API
+#    define KVN_API KVN_CALL
 #  elif defined(KVN_BUILDING_LIBRARY)
-#    define KVN_API __declspec(dllexport)
+#    define KVN_API __declspec(dllexport) KVN_CALL
 #  else
-#    define KVN_API __declspec(dllimport)
+#    define KVN_API __declspec(dllimport) KVN_CALL
 #  endif
 #else
+#  define KVN_CALL
 #  if defined(KVN_BUILDING_LIBRARY)
 #    define KVN_API __attribute__((visibility("default")))
 #  else
@@ -33,9 +42,43 @@
 #  endif
 #endif
 
+/*
+ * Record layouts. The records below have the library's layout in every program that
+ * includes this header: natural alignment, whatever #pragma pack (or /Zp) is in
+ * effect where it is included, and KVN_RECORD_SIZE checks each record's size at
+ * compile time on the two pinned targets:
+ *   lp64   Linux x86-64 (and the other LP64 targets: Linux AArch64, macOS)
+ *   win64  Windows x64 (mingw-w64 and MSVC)
+ * The two differ only in the connection records, whose socket and handle are
+ * pointer-sized on Windows. Other targets are not checked. Each record is followed
+ * by one line: KVN_RECORD_SIZE(type, lp64 size, win64 size);
+ */
+#if defined(_WIN64)
+#  define KVN_RECORD_SIZE_PINNED_(lp64, win64) (win64)
+#elif defined(__LP64__) || defined(_LP64)
+#  define KVN_RECORD_SIZE_PINNED_(lp64, win64) (lp64)
+#else
+#  define KVN_RECORD_SIZE_PINNED_(lp64, win64) 0 /* not pinned here */
+#endif
+#define KVN_RECORD_SIZE_OK_(type, lp64, win64) \
+    (KVN_RECORD_SIZE_PINNED_(lp64, win64) == 0 || sizeof(type) == KVN_RECORD_SIZE_PINNED_(lp64, win64))
+#if defined(__cplusplus) && (__cplusplus >= 201103L || (defined(_MSC_VER) && _MSC_VER >= 1600))
+#  define KVN_RECORD_SIZE(type, lp64, win64) \
+    static_assert(KVN_RECORD_SIZE_OK_(type, lp64, win64), "kvnsdk2.h: unexpected layout of " #type)
+#elif !defined(__cplusplus) && defined(__STDC_VERSION__) && __STDC_VERSION__ >= 201112L
+#  define KVN_RECORD_SIZE(type, lp64, win64) \
+    _Static_assert(KVN_RECORD_SIZE_OK_(type, lp64, win64), "kvnsdk2.h: unexpected layout of " #type)
+#else /* C99, C++98: an array of negative size when the check fails */
+#  define KVN_RECORD_SIZE(type, lp64, win64) \
+    typedef char kvn_record_size_check_##type[KVN_RECORD_SIZE_OK_(type, lp64, win64) ? 1 : -1]
+#endif
+
 #ifdef __cplusplus
 extern "C" {
 #endif
+
+/* The library's packing, whatever the includer has in effect; restored at the end. */
+#pragma pack(push, 8)
 
 /* ------------------------------------------------------------------------- */
 /* Connection                                                                */
@@ -53,13 +96,19 @@ typedef int kvn_handle_t;       /* file descriptor */
 #define KVN_CONN_SERIAL 0u
 #define KVN_CONN_TCP 1u
 
-/* Transport block, filled by kvn_open_device_conn(). */
+/* Transport block, filled by kvn_open_device_conn(): file descriptors on POSIX, a
+ * SOCKET and a HANDLE on Windows. The open stores one in every case (-1 or
+ * INVALID_HANDLE_VALUE when nothing stayed open), so closing after a failed open is
+ * safe. A record that never went through kvn_open_device_conn() must not be closed:
+ * zero-filled, it holds descriptor 0 on POSIX, and closing it would close the
+ * process's standard input. */
 typedef struct kvn_conn_link {
     uint32_t conn_type;
     kvn_socket_t socket;
     uint32_t reserved;
     kvn_handle_t serial_handle;
 } kvn_conn_link;
+KVN_RECORD_SIZE(kvn_conn_link, 16, 32);
 
 /* The caller's connection record. */
 typedef struct kvn_device_conn {
@@ -71,6 +120,7 @@ typedef struct kvn_device_conn {
     uint32_t reserved[2];
     kvn_conn_link link;
 } kvn_device_conn;
+KVN_RECORD_SIZE(kvn_device_conn, 64, 80);
 
 KVN_API int32_t kvn_open_device_conn(kvn_device_conn *conn);
 KVN_API int32_t kvn_close_device_conn(kvn_device_conn *conn);
@@ -286,15 +336,73 @@ KVN_API int32_t kvn_convert_ip_int_to_string(uint32_t address, char *text);
 /* They are not terminal commands. Set them before opening connections.      */
 /* ------------------------------------------------------------------------- */
 
-/* Per-chunk waits of TCP reads and writes and the TCP connect wait, in milliseconds.
- * Defaults: read 120000, write 60000, connect 0 (0 = the platform's own connect behaviour).
- * A negative value leaves that setting as it is. Always returns 0. */
+/**
+ * Sets the per-chunk waits of reads and writes and the wait of a TCP connect.
+ * Each read or write waits at most its limit for the link to become ready, once per
+ * chunk: a reply that keeps trickling in is not cut off. Reads and writes over TCP are
+ * always bounded this way; serial ones only after kvn_ext_apply_timeouts_to_serial(1).
+ * The same value means the same for all three limits: a positive value is the limit
+ * in milliseconds; 0 sets no limit of the library's own (a read or write waits as long
+ * as it takes, a connect as long as the platform lets it); a negative value leaves
+ * that limit as it is. Defaults: read 120000, write 60000, connect 0.
+ * @param read_ms limit of each read wait (-2 KVN_E_READ_TIMEOUT when it passes)
+ * @param write_ms limit of each write wait (-3 KVN_E_WRITE_TIMEOUT when it passes)
+ * @param connect_ms limit of a TCP connect (-5 KVN_E_CONNECTION_FAILED when it passes)
+ * @return 0 (KVN_SUCCESS), always.
+ */
 KVN_API int32_t kvn_ext_set_timeouts(int32_t read_ms, int32_t write_ms, int32_t connect_ms);
 KVN_API void kvn_ext_get_timeouts(int32_t *read_ms, int32_t *write_ms, int32_t *connect_ms);
 
-/* Receives the library's diagnostic lines (each as printf would have printed it).
- * NULL restores the default, which prints to standard output. */
-typedef void (*kvn_ext_diagnostic_fn)(void *context, const char *line);
+/**
+ * Applies the read and write limits of kvn_ext_set_timeouts() to serial links too.
+ * By default serial reads and writes wait without limit, as the terminal's protocol
+ * expects of a serial line. Once applied, each serial read or write waits at most the
+ * read or write limit per chunk and fails with -2 or -3 when it passes; with a connect
+ * limit set as well, no call of the library can wait for ever. Process-wide; takes
+ * effect at the next read or write, on open connections too.
+ * @param apply non-zero to bound serial waits, 0 to wait without limit (the default)
+ * @return 0 (KVN_SUCCESS), always.
+ */
+KVN_API int32_t kvn_ext_apply_timeouts_to_serial(int32_t apply);
+
+/**
+ * The operating system's error code behind the last transport call of this thread.
+ * -5, -2 and -3 each stand for many causes; this tells them apart. Every open, close,
+ * read and write of a link records a value for the thread that made it: 0 when the
+ * call succeeded, otherwise the system's code, as follows.
+ * - Linux, macOS: an errno value (ECONNREFUSED, EHOSTUNREACH, ENOENT, EACCES, ENOTTY
+ *   for a port that is no terminal, EBUSY for a serial port that another connection
+ *   holds, EINVAL for a speed the port does not take or an empty port name).
+ *   A wait that passed its limit records ETIMEDOUT, a peer that closed the connection
+ *   ECONNRESET, a serial line that hung up EIO.
+ * - Windows, TCP: a WSAGetLastError() value (WSAECONNREFUSED, WSAENETUNREACH, ...).
+ *   A wait that passed its limit records WSAETIMEDOUT, a closed peer WSAECONNRESET.
+ * - Windows, serial: a GetLastError() value (ERROR_FILE_NOT_FOUND, ERROR_ACCESS_DENIED
+ *   for a port in use, ERROR_INVALID_PARAMETER for a speed the port does not take).
+ *   A wait that passed its limit records ERROR_TIMEOUT.
+ * Calls refused before they reach the system (a NULL record or buffer) record nothing.
+ * @return the code of this thread's last transport call; 0 after a success or before any.
+ */
+KVN_API int32_t kvn_ext_last_os_error(void);
+
+/**
+ * Writes the system's message for kvn_ext_last_os_error() into text, cut to fit.
+ * @param text buffer for the message; always terminated, empty when the code is 0
+ * @param size bytes available at text, the terminating NUL included
+ * @return the number of characters written without the NUL; 0 when text is NULL or size is 0.
+ */
+KVN_API int32_t kvn_ext_last_os_error_text(char *text, uint32_t size);
+
+/**
+ * Sets where the library's diagnostic lines go (each as printf would have printed it).
+ * Lines are delivered one at a time: a sink needs no locking of its own, and once this
+ * function has returned, the previous sink and context are not used any more. A sink
+ * may call library functions; it should return promptly, since other threads'
+ * diagnostics wait for it.
+ * @param sink receives each line with the context; NULL restores the default, standard output
+ * @param context passed to the sink unchanged
+ */
+typedef void (KVN_CALL *kvn_ext_diagnostic_fn)(void *context, const char *line);
 KVN_API void kvn_ext_set_diagnostic_sink(kvn_ext_diagnostic_fn sink, void *context);
 
 /* @@FAMILIES@@ Command families are declared below, one section each. */
@@ -314,20 +422,25 @@ typedef struct kvn_led_setting {
     uint32_t option;       /* tag 13 */
     uint32_t matrix[3][3]; /* [row][column]: tag 4 + 3 * row + column */
 } kvn_led_setting;
+KVN_RECORD_SIZE(kvn_led_setting, 48, 48);
 
+/* Texts read from the terminal are copied as they arrive: a text of the field's
+ * size or longer fills the field without a terminating NUL (marked "unterminated"). */
 typedef struct kvn_audio_setting {
     uint32_t index;        /* tag 3: 1-based entry number */
-    char short_text[51];   /* tag 4 */
-    char long_text[256];   /* tag 6; a read fills at most its first 51 bytes */
+    char short_text[51];   /* tag 4; read: may be unterminated */
+    char long_text[256];   /* tag 6; a read fills at most its first 51 bytes, unterminated when all 51 */
     uint8_t flag;          /* tag 5 */
     uint32_t value;        /* tag 8 in the single-entry set, 7 otherwise */
 } kvn_audio_setting;
+KVN_RECORD_SIZE(kvn_audio_setting, 316, 316);
 
 typedef struct kvn_audio_play_request {
     char short_text[51];   /* tag 4 */
     char long_text[256];   /* tag 6 */
     uint32_t value;        /* tag 8 */
 } kvn_audio_play_request;
+KVN_RECORD_SIZE(kvn_audio_play_request, 312, 312);
 
 /* Lists read by kvn_retrieve_audio_list (tags 11 and 12) and kvn_retrieve_image_list
  * (tags 1 and 2): the k-th element of each tag fills entry k. Entries beyond
@@ -337,29 +450,34 @@ typedef struct kvn_media_list_entry {
     char name[51];
     char text[51];
 } kvn_media_list_entry;
+KVN_RECORD_SIZE(kvn_media_list_entry, 102, 102);
 
 typedef struct kvn_media_list {
     uint32_t count;   /* entries stored */
     uint32_t total;   /* entries the terminal reported */
     kvn_media_list_entry entries[KVN_MEDIA_LIST_MAX];
 } kvn_media_list;
+KVN_RECORD_SIZE(kvn_media_list, 6536, 6536);
 
 typedef struct kvn_display_image_request {
     char name[51];         /* tag 3 */
 } kvn_display_image_request;
+KVN_RECORD_SIZE(kvn_display_image_request, 51, 51);
 
 typedef struct kvn_lcd_setting {
     uint32_t value;        /* tag 1 */
-    char short_text[51];   /* tag 2 */
+    char short_text[51];   /* tag 2; read: may be unterminated */
 } kvn_lcd_setting;
+KVN_RECORD_SIZE(kvn_lcd_setting, 56, 56);
 
 typedef struct kvn_device_notification_setting {
     uint8_t flag;          /* tag 1 */
-    char text_a[129];      /* tag 2 */
-    char text_b[51];       /* tag 3 */
-    char text_c[51];       /* tag 4 */
+    char text_a[129];      /* tag 2; read: may be unterminated */
+    char text_b[51];       /* tag 3; read: may be unterminated */
+    char text_c[51];       /* tag 4; read: may be unterminated */
     uint32_t value;        /* tag 5 */
 } kvn_device_notification_setting;
+KVN_RECORD_SIZE(kvn_device_notification_setting, 236, 236);
 
 /* Entry numbers are 1-based: entry n is element n - 1. An entry number outside
  * the array gives KVN_E_INVALID_VALUE_RECEIVED without sending anything. */
@@ -406,18 +524,21 @@ typedef struct kvn_biometric_setting {
     uint32_t setting_14;  /* tag 14 */
     uint32_t setting_15;  /* tag 15 */
 } kvn_biometric_setting;
+KVN_RECORD_SIZE(kvn_biometric_setting, 52, 52);
 
 typedef struct kvn_verification_group {
     uint32_t group_value_a;  /* tag 5 */
     char group_text[64];     /* tag 6 */
     uint32_t group_value_b;  /* tag 7 */
 } kvn_verification_group;
+KVN_RECORD_SIZE(kvn_verification_group, 72, 72);
 
 typedef struct kvn_multi_user_verification_setting {
     uint32_t value;          /* tag 1 */
     uint8_t flag;            /* tag 2 */
     kvn_verification_group groups[3];  /* tag 3 each, position under tag 4 */
 } kvn_multi_user_verification_setting;
+KVN_RECORD_SIZE(kvn_multi_user_verification_setting, 224, 224);
 
 KVN_API int32_t kvn_set_biometric_setting(kvn_device_conn *conn, const kvn_biometric_setting *setting);
 KVN_API int32_t kvn_get_biometric_setting(kvn_device_conn *conn, kvn_biometric_setting *setting);
@@ -437,17 +558,20 @@ typedef struct kvn_fingerprint_sensor_test {
     uint8_t data[KVN_FINGERPRINT_TEST_DATA_MAX];    /* tag 6, received */
     uint32_t data_length;                           /* bytes stored in data */
 } kvn_fingerprint_sensor_test;
+KVN_RECORD_SIZE(kvn_fingerprint_sensor_test, 98568, 98568);
 
 typedef struct kvn_proximity_sensor_setting {
     uint32_t value_a;  /* tag 5 */
     uint32_t value_b;  /* tag 4 */
     uint32_t value_c;  /* tag 8 */
 } kvn_proximity_sensor_setting;
+KVN_RECORD_SIZE(kvn_proximity_sensor_setting, 12, 12);
 
 typedef struct kvn_next_sensor_setting {
     uint32_t value_a;  /* tag 2 */
     uint32_t value_b;  /* tag 1 */
 } kvn_next_sensor_setting;
+KVN_RECORD_SIZE(kvn_next_sensor_setting, 8, 8);
 
 typedef struct kvn_antishock_setting {
     uint32_t value_1;  /* tags 2 to 8 */
@@ -458,6 +582,7 @@ typedef struct kvn_antishock_setting {
     uint32_t value_6;
     uint32_t value_7;
 } kvn_antishock_setting;
+KVN_RECORD_SIZE(kvn_antishock_setting, 28, 28);
 
 KVN_API int32_t kvn_test_fingerprint_sensor(kvn_device_conn *conn, kvn_fingerprint_sensor_test *test);
 KVN_API int32_t kvn_reset_fingerprint_sensor(kvn_device_conn *conn);
@@ -499,6 +624,7 @@ typedef struct kvn_dac_setting {
     uint32_t door_open_time;  /* tag 8: read only, a set never sends it */
     uint32_t dac_value_16;    /* tag 16 */
 } kvn_dac_setting;
+KVN_RECORD_SIZE(kvn_dac_setting, 48, 48);
 
 KVN_API int32_t kvn_set_dac_settings(kvn_device_conn *conn, const kvn_dac_setting *setting);
 KVN_API int32_t kvn_get_dac_settings(kvn_device_conn *conn, kvn_dac_setting *setting);
@@ -506,6 +632,8 @@ KVN_API int32_t kvn_reset_dac_settings(kvn_device_conn *conn);
 KVN_API int32_t kvn_open_door_for_time(kvn_device_conn *conn, uint32_t open_time, int32_t option);
 KVN_API int32_t kvn_close_door(kvn_device_conn *conn);
 KVN_API int32_t kvn_clear_door_force_open_alarm(kvn_device_conn *conn);
+
+#pragma pack(pop)
 
 #ifdef __cplusplus
 } /* extern "C" */

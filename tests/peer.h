@@ -44,6 +44,21 @@ void close_socket(sock_t s);
 // A response frame: sync, three header words, status, word 5, N, payload, CRC.
 Bytes response(int32_t status, const Bytes& payload = {});
 
+// The library's read and write limits (and whether serial links obey them) for the
+// life of the object; the previous settings come back after it.
+struct Limits {
+    int32_t r, w, c;
+    Limits(int32_t read_ms, int32_t write_ms, bool serial = false) {
+        kvn_ext_get_timeouts(&r, &w, &c);
+        kvn_ext_set_timeouts(read_ms, write_ms, -1);
+        kvn_ext_apply_timeouts_to_serial(serial ? 1 : 0);
+    }
+    ~Limits() {
+        kvn_ext_set_timeouts(r, w, c);
+        kvn_ext_apply_timeouts_to_serial(0);
+    }
+};
+
 void put_le32(Bytes& b, uint32_t v);
 uint32_t get_le32(const uint8_t* p);
 
