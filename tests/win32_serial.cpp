@@ -171,6 +171,7 @@ TEST(Win32Serial, OpenFailuresReturnMinusFiveAndLeaveNoHandle) {
         {not_a_port, "opens, but is no communication port: GetCommState fails and the handle is closed"},
         {L"", "empty name"},
     };
+    kvn_ext_last_os_error();  // the thread's error slot is made once, before handles are counted
     for (const Case& k : cases) {
         // Handle slots are reused lowest (Wine) or last (Windows) freed first: a slot
         // freed just before the open is the one its CreateFileW takes, and it must be
