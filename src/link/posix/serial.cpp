@@ -122,10 +122,10 @@ int32_t serial_open(kvn_device_conn* conn) noexcept {
     if (::tcgetattr(fd, &tio) != 0) return fail_open(conn, fd, errno, KVN_E_CONNECTION_FAILED);
     // The port is ours alone, as with share mode 0 on Windows: TIOCEXCL refuses later
     // opens by other programs (root excepted), the lock refuses other connections of
-    // any program that locks, root's included. A port already held is a failed open.
-    if (::flock(fd, LOCK_EX | LOCK_NB) != 0) {
-        const int err = errno;
-        return fail_open(conn, fd, err == EWOULDBLOCK ? EBUSY : err, KVN_E_CONNECTION_FAILED);
+    // any program that locks, root's included. A port already held is a failed open;
+    // a device that takes no locks at all still has TIOCEXCL.
+    if (::flock(fd, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
+        return fail_open(conn, fd, EBUSY, KVN_E_CONNECTION_FAILED);
     }
     if (::ioctl(fd, TIOCEXCL) != 0) return fail_open(conn, fd, errno, KVN_E_CONNECTION_FAILED);
 
