@@ -38,15 +38,24 @@
 #include <stdint.h>
 #include <wchar.h>
 
+/*
+ * Export and calling convention, stated once: every kvn_ function and the callback
+ * type below use the C calling convention (__cdecl on Windows, whatever a program's
+ * own default is, for example under /Gz; the platform's only convention on Linux
+ * x86-64 and Windows x64). On Windows, KVN_STATIC selects the static library
+ * (libkvnsdk2_static.a); without it the functions come from kvnsdk2.dll.
+ */
 #if defined(_WIN32) || defined(__CYGWIN__)
+#  define KVN_CALL __cdecl
 #  if defined(KVN_STATIC)
-#    define KVN_API
+#    define KVN_API KVN_CALL
 #  elif defined(KVN_BUILDING_LIBRARY)
-#    define KVN_API __declspec(dllexport)
+#    define KVN_API __declspec(dllexport) KVN_CALL
 #  else
-#    define KVN_API __declspec(dllimport)
+#    define KVN_API __declspec(dllimport) KVN_CALL
 #  endif
 #else
+#  define KVN_CALL
 #  if defined(KVN_BUILDING_LIBRARY)
 #    define KVN_API __attribute__((visibility("default")))
 #  else
@@ -54,9 +63,43 @@
 #  endif
 #endif
 
+/*
+ * Record layouts. The records below have the library's layout in every program that
+ * includes this header: natural alignment, whatever #pragma pack (or /Zp) is in
+ * effect where it is included, and KVN_RECORD_SIZE checks each record's size at
+ * compile time on the two pinned targets:
+ *   lp64   Linux x86-64 (and the other LP64 targets: Linux AArch64, macOS)
+ *   win64  Windows x64 (mingw-w64 and MSVC)
+ * The two differ only in the connection records, whose socket and handle are
+ * pointer-sized on Windows. Other targets are not checked. Each record is followed
+ * by one line: KVN_RECORD_SIZE(type, lp64 size, win64 size);
+ */
+#if defined(_WIN64)
+#  define KVN_RECORD_SIZE_PINNED_(lp64, win64) (win64)
+#elif defined(__LP64__) || defined(_LP64)
+#  define KVN_RECORD_SIZE_PINNED_(lp64, win64) (lp64)
+#else
+#  define KVN_RECORD_SIZE_PINNED_(lp64, win64) 0 /* not pinned here */
+#endif
+#define KVN_RECORD_SIZE_OK_(type, lp64, win64) \
+    (KVN_RECORD_SIZE_PINNED_(lp64, win64) == 0 || sizeof(type) == KVN_RECORD_SIZE_PINNED_(lp64, win64))
+#if defined(__cplusplus) && (__cplusplus >= 201103L || (defined(_MSC_VER) && _MSC_VER >= 1600))
+#  define KVN_RECORD_SIZE(type, lp64, win64) \
+    static_assert(KVN_RECORD_SIZE_OK_(type, lp64, win64), "kvnsdk2.h: unexpected layout of " #type)
+#elif !defined(__cplusplus) && defined(__STDC_VERSION__) && __STDC_VERSION__ >= 201112L
+#  define KVN_RECORD_SIZE(type, lp64, win64) \
+    _Static_assert(KVN_RECORD_SIZE_OK_(type, lp64, win64), "kvnsdk2.h: unexpected layout of " #type)
+#else /* C99, C++98: an array of negative size when the check fails */
+#  define KVN_RECORD_SIZE(type, lp64, win64) \
+    typedef char kvn_record_size_check_##type[KVN_RECORD_SIZE_OK_(type, lp64, win64) ? 1 : -1]
+#endif
+
 #ifdef __cplusplus
 extern "C" {
 #endif
+
+/* The library's packing, whatever the includer has in effect; restored at the end. */
+#pragma pack(push, 8)
 
 /* ------------------------------------------------------------------------- */
 /* Connection                                                                */
@@ -76,8 +119,14 @@ typedef int kvn_handle_t;       /* file descriptor */
 /** conn_type of a TCP connection (any value other than 0 selects TCP). */
 #define KVN_CONN_TCP 1u
 
-/* Transport block, filled by kvn_open_device_conn(). */
-/** Transport block inside kvn_device_conn; the raw movers take its address. */
+/** Transport block, filled by kvn_open_device_conn(): file descriptors on POSIX, a
+ * SOCKET and a HANDLE on Windows. The open stores one in every case (-1 or
+ * INVALID_HANDLE_VALUE when nothing stayed open), so closing after a failed open is
+ * safe. A record that never went through kvn_open_device_conn() must not be closed:
+ * zero-filled, it holds descriptor 0 on POSIX, and closing it would close the
+ * process's standard input.
+ * Layout: Linux x86-64 16 bytes (socket at 4, serial_handle at 12); Windows x64
+ * 32 bytes (socket at 8, serial_handle at 24). */
 typedef struct kvn_conn_link {
     /** KVN_CONN_SERIAL or KVN_CONN_TCP, set by the caller. */
     uint32_t conn_type;
@@ -88,9 +137,10 @@ typedef struct kvn_conn_link {
     /** Serial port (a file descriptor; a HANDLE on Windows), set by kvn_open_device_conn(). */
     kvn_handle_t serial_handle;
 } kvn_conn_link;
+KVN_RECORD_SIZE(kvn_conn_link, 16, 32);
 
-/* The caller's connection record. */
-/** The caller's connection record: where the terminal is, and the open link. */
+/** The caller's connection record. Layout: ip_address at 8, port at 16, serial_port at
+ * 24, baud_rate at 32; link at 44 of 64 bytes on Linux x86-64, at 48 of 80 on Windows x64. */
 typedef struct kvn_device_conn {
     uint32_t header_id;          /* copied into word 1 of every request frame */
     const char *ip_address;      /* dotted IPv4 text, TCP */
@@ -102,6 +152,7 @@ typedef struct kvn_device_conn {
     /** Transport block, filled by kvn_open_device_conn(). */
     kvn_conn_link link;
 } kvn_device_conn;
+KVN_RECORD_SIZE(kvn_device_conn, 64, 80);
 
 /**
  * Opens the TCP connection or the serial line (raw, 8N1) that @p conn describes. Close
@@ -545,16 +596,19 @@ KVN_API int32_t kvn_convert_ip_int_to_string(uint32_t address, char *text);
 /* They are not terminal commands. Set them before opening connections.      */
 /* ------------------------------------------------------------------------- */
 
-/* Per-chunk waits of TCP reads and writes and the TCP connect wait, in milliseconds.
- * Defaults: read 120000, write 60000, connect 0 (0 = the platform's own connect behaviour).
- * A negative value leaves that setting as it is. Always returns 0. */
 /**
- * Sets the TCP waits of every connection, in milliseconds; a negative value keeps that one.
- * @param[in] read_ms     wait for each chunk of a read (default 120000).
- * @param[in] write_ms    wait for each chunk of a write (default 60000).
- * @param[in] connect_ms  limit of a connect (default 0: the platform's own behaviour).
- * @par Request: none (a library option).
- * @return always 0.
+ * Sets the per-chunk waits of reads and writes and the wait of a TCP connect.
+ * Each read or write waits at most its limit for the link to become ready, once per
+ * chunk: a reply that keeps trickling in is not cut off. Reads and writes over TCP are
+ * always bounded this way; serial ones only after kvn_ext_apply_timeouts_to_serial(1).
+ * The same value means the same for all three limits: a positive value is the limit
+ * in milliseconds; 0 sets no limit of the library's own (a read or write waits as long
+ * as it takes, a connect as long as the platform lets it); a negative value leaves
+ * that limit as it is. Defaults: read 120000, write 60000, connect 0.
+ * @param read_ms limit of each read wait (-2 KVN_E_READ_TIMEOUT when it passes)
+ * @param write_ms limit of each write wait (-3 KVN_E_WRITE_TIMEOUT when it passes)
+ * @param connect_ms limit of a TCP connect (-5 KVN_E_CONNECTION_FAILED when it passes)
+ * @return 0 (KVN_SUCCESS), always.
  */
 KVN_API int32_t kvn_ext_set_timeouts(int32_t read_ms, int32_t write_ms, int32_t connect_ms);
 
@@ -567,16 +621,56 @@ KVN_API int32_t kvn_ext_set_timeouts(int32_t read_ms, int32_t write_ms, int32_t 
  */
 KVN_API void kvn_ext_get_timeouts(int32_t *read_ms, int32_t *write_ms, int32_t *connect_ms);
 
-/* Receives the library's diagnostic lines (each as printf would have printed it).
- * NULL restores the default, which prints to standard output. */
-/** Receiver of diagnostic lines: the context given with it, and one line. */
-typedef void (*kvn_ext_diagnostic_fn)(void *context, const char *line);
+/**
+ * Applies the read and write limits of kvn_ext_set_timeouts() to serial links too.
+ * By default serial reads and writes wait without limit, as the terminal's protocol
+ * expects of a serial line. Once applied, each serial read or write waits at most the
+ * read or write limit per chunk and fails with -2 or -3 when it passes; with a connect
+ * limit set as well, no call of the library can wait for ever. Process-wide; takes
+ * effect at the next read or write, on open connections too.
+ * @param apply non-zero to bound serial waits, 0 to wait without limit (the default)
+ * @return 0 (KVN_SUCCESS), always.
+ */
+KVN_API int32_t kvn_ext_apply_timeouts_to_serial(int32_t apply);
 
 /**
- * Sends the library's diagnostic lines to @p sink instead of standard output.
- * @param[in] sink     the receiver, or NULL for standard output again.
- * @param[in] context  passed to every call of @p sink.
- * @par Request: none (a library option).
+ * The operating system's error code behind the last transport call of this thread.
+ * -5, -2 and -3 each stand for many causes; this tells them apart. Every open, close,
+ * read and write of a link records a value for the thread that made it: 0 when the
+ * call succeeded, otherwise the system's code, as follows.
+ * - Linux, macOS: an errno value (ECONNREFUSED, EHOSTUNREACH, ENOENT, EACCES, ENOTTY
+ *   for a port that is no terminal, EBUSY for a serial port that another connection
+ *   holds, EINVAL for a speed the port does not take or an empty port name).
+ *   A wait that passed its limit records ETIMEDOUT, a peer that closed the connection
+ *   ECONNRESET, a serial line that hung up EIO.
+ * - Windows, TCP: a WSAGetLastError() value (WSAECONNREFUSED, WSAENETUNREACH, ...).
+ *   A wait that passed its limit records WSAETIMEDOUT, a closed peer WSAECONNRESET.
+ * - Windows, serial: a GetLastError() value (ERROR_FILE_NOT_FOUND, ERROR_ACCESS_DENIED
+ *   for a port in use, ERROR_INVALID_PARAMETER for a speed the port does not take).
+ *   A wait that passed its limit records ERROR_TIMEOUT.
+ * Calls refused before they reach the system (a NULL record or buffer) record nothing.
+ * @return the code of this thread's last transport call; 0 after a success or before any.
+ */
+KVN_API int32_t kvn_ext_last_os_error(void);
+
+/**
+ * Writes the system's message for kvn_ext_last_os_error() into text, cut to fit.
+ * @param text buffer for the message; always terminated, empty when the code is 0
+ * @param size bytes available at text, the terminating NUL included
+ * @return the number of characters written without the NUL; 0 when text is NULL or size is 0.
+ */
+KVN_API int32_t kvn_ext_last_os_error_text(char *text, uint32_t size);
+
+/** Receiver of diagnostic lines: the context given with it, and one line. */
+typedef void (KVN_CALL *kvn_ext_diagnostic_fn)(void *context, const char *line);
+/**
+ * Sets where the library's diagnostic lines go (each as printf would have printed it).
+ * Lines are delivered one at a time: a sink needs no locking of its own, and once this
+ * function has returned, the previous sink and context are not used any more. A sink
+ * may call library functions; it should return promptly, since other threads'
+ * diagnostics wait for it.
+ * @param[in] sink receives each line with the context; NULL restores the default, standard output
+ * @param[in] context passed to the sink unchanged
  */
 KVN_API void kvn_ext_set_diagnostic_sink(kvn_ext_diagnostic_fn sink, void *context);
 
@@ -601,15 +695,19 @@ typedef struct kvn_led_setting {
     uint32_t option;       /* tag 13 */
     uint32_t matrix[3][3]; /* [row][column]: tag 4 + 3 * row + column */
 } kvn_led_setting;
+KVN_RECORD_SIZE(kvn_led_setting, 48, 48);
 
+/* Texts read from the terminal are copied as they arrive: a text of the field's
+ * size or longer fills the field without a terminating NUL (marked "unterminated"). */
 /** One audio entry (command 110). */
 typedef struct kvn_audio_setting {
     uint32_t index;        /* tag 3: 1-based entry number */
-    char short_text[51];   /* tag 4 */
-    char long_text[256];   /* tag 6; a read fills at most its first 51 bytes */
+    char short_text[51];   /* tag 4; read: may be unterminated */
+    char long_text[256];   /* tag 6; a read fills at most its first 51 bytes, unterminated when all 51 */
     uint8_t flag;          /* tag 5 */
     uint32_t value;        /* tag 8 in the single-entry set, 7 otherwise */
 } kvn_audio_setting;
+KVN_RECORD_SIZE(kvn_audio_setting, 316, 316);
 
 /** What kvn_play_audio() plays; empty texts are not sent. */
 typedef struct kvn_audio_play_request {
@@ -617,6 +715,7 @@ typedef struct kvn_audio_play_request {
     char long_text[256];   /* tag 6 */
     uint32_t value;        /* tag 8 */
 } kvn_audio_play_request;
+KVN_RECORD_SIZE(kvn_audio_play_request, 312, 312);
 
 /* Lists read by kvn_retrieve_audio_list (tags 11 and 12) and kvn_retrieve_image_list
  * (tags 1 and 2): the k-th element of each tag fills entry k. Entries beyond
@@ -630,6 +729,7 @@ typedef struct kvn_media_list_entry {
     /** Text: audio list tag 12, image list tag 2; at most 50 bytes and a NUL. */
     char text[51];
 } kvn_media_list_entry;
+KVN_RECORD_SIZE(kvn_media_list_entry, 102, 102);
 
 /** An audio or image list, rebuilt by every read the terminal answers. */
 typedef struct kvn_media_list {
@@ -638,26 +738,30 @@ typedef struct kvn_media_list {
     /** The entries; the first `count` are valid. */
     kvn_media_list_entry entries[KVN_MEDIA_LIST_MAX];
 } kvn_media_list;
+KVN_RECORD_SIZE(kvn_media_list, 6536, 6536);
 
 /** The image kvn_display_image() shows. */
 typedef struct kvn_display_image_request {
     char name[51];         /* tag 3 */
 } kvn_display_image_request;
+KVN_RECORD_SIZE(kvn_display_image_request, 51, 51);
 
 /** LCD settings (command 149). */
 typedef struct kvn_lcd_setting {
     uint32_t value;        /* tag 1 */
-    char short_text[51];   /* tag 2 */
+    char short_text[51];   /* tag 2; read: may be unterminated */
 } kvn_lcd_setting;
+KVN_RECORD_SIZE(kvn_lcd_setting, 56, 56);
 
 /** Device notification settings (command 507). */
 typedef struct kvn_device_notification_setting {
     uint8_t flag;          /* tag 1 */
-    char text_a[129];      /* tag 2 */
-    char text_b[51];       /* tag 3 */
-    char text_c[51];       /* tag 4 */
+    char text_a[129];      /* tag 2; read: may be unterminated */
+    char text_b[51];       /* tag 3; read: may be unterminated */
+    char text_c[51];       /* tag 4; read: may be unterminated */
     uint32_t value;        /* tag 5 */
 } kvn_device_notification_setting;
+KVN_RECORD_SIZE(kvn_device_notification_setting, 236, 236);
 
 /* Entry numbers are 1-based: entry n is element n - 1. An entry number outside
  * the array gives KVN_E_INVALID_VALUE_RECEIVED without sending anything. */
@@ -935,6 +1039,7 @@ typedef struct kvn_biometric_setting {
     uint32_t setting_14;  /* tag 14 */
     uint32_t setting_15;  /* tag 15 */
 } kvn_biometric_setting;
+KVN_RECORD_SIZE(kvn_biometric_setting, 52, 52);
 
 /** One group of the multi-user verification settings. */
 typedef struct kvn_verification_group {
@@ -942,6 +1047,7 @@ typedef struct kvn_verification_group {
     char group_text[64];     /* tag 6 */
     uint32_t group_value_b;  /* tag 7 */
 } kvn_verification_group;
+KVN_RECORD_SIZE(kvn_verification_group, 72, 72);
 
 /** Multi-user verification settings (command 139). */
 typedef struct kvn_multi_user_verification_setting {
@@ -949,6 +1055,7 @@ typedef struct kvn_multi_user_verification_setting {
     uint8_t flag;            /* tag 2 */
     kvn_verification_group groups[3];  /* tag 3 each, position under tag 4 */
 } kvn_multi_user_verification_setting;
+KVN_RECORD_SIZE(kvn_multi_user_verification_setting, 224, 224);
 
 /**
  * Writes the biometric settings; every field is sent.
@@ -1028,6 +1135,7 @@ typedef struct kvn_fingerprint_sensor_test {
     uint8_t data[KVN_FINGERPRINT_TEST_DATA_MAX];    /* tag 6, received */
     uint32_t data_length;                           /* bytes stored in data */
 } kvn_fingerprint_sensor_test;
+KVN_RECORD_SIZE(kvn_fingerprint_sensor_test, 98568, 98568);
 
 /** Proximity sensor settings (command 304). */
 typedef struct kvn_proximity_sensor_setting {
@@ -1035,12 +1143,14 @@ typedef struct kvn_proximity_sensor_setting {
     uint32_t value_b;  /* tag 4 */
     uint32_t value_c;  /* tag 8 */
 } kvn_proximity_sensor_setting;
+KVN_RECORD_SIZE(kvn_proximity_sensor_setting, 12, 12);
 
 /** Next-sensor settings (command 166); value_b is sent first. */
 typedef struct kvn_next_sensor_setting {
     uint32_t value_a;  /* tag 2 */
     uint32_t value_b;  /* tag 1 */
 } kvn_next_sensor_setting;
+KVN_RECORD_SIZE(kvn_next_sensor_setting, 8, 8);
 
 /** Anti-shock (tamper) alarm settings (command 306); value_n travels under tag n + 1. */
 typedef struct kvn_antishock_setting {
@@ -1054,6 +1164,7 @@ typedef struct kvn_antishock_setting {
     uint32_t value_7;
     /** @} */
 } kvn_antishock_setting;
+KVN_RECORD_SIZE(kvn_antishock_setting, 28, 28);
 
 /**
  * Runs the fingerprint sensor's self-test and stores the data it answers with.
@@ -1278,6 +1389,7 @@ typedef struct kvn_dac_setting {
     uint32_t door_open_time;  /* tag 8: read only, a set never sends it */
     uint32_t dac_value_16;    /* tag 16 */
 } kvn_dac_setting;
+KVN_RECORD_SIZE(kvn_dac_setting, 48, 48);
 
 /**
  * Writes the DAC settings; door_open_time is not sent.
@@ -1364,6 +1476,7 @@ typedef struct kvn_ethernet_setting {
     char address_7[16];    /* tag 7 */
     char mac_address[18];  /* tag 8: read only; a read copies at most 18 bytes */
 } kvn_ethernet_setting;
+KVN_RECORD_SIZE(kvn_ethernet_setting, 108, 108);
 
 /** Serial port settings (command 102); the values are the terminal's. */
 typedef struct kvn_serial_setting {
@@ -1372,11 +1485,13 @@ typedef struct kvn_serial_setting {
     uint32_t value_3; /* tag 3 */
     uint32_t value_4; /* tag 4 */
 } kvn_serial_setting;
+KVN_RECORD_SIZE(kvn_serial_setting, 16, 16);
 
 /** USB auxiliary port setting (command 103). */
 typedef struct kvn_usb_auxiliary_setting {
     uint32_t value; /* tag 1 */
 } kvn_usb_auxiliary_setting;
+KVN_RECORD_SIZE(kvn_usb_auxiliary_setting, 4, 4);
 
 /**
  * Writes the Ethernet settings: tag 1, tag 3 when the port is not 0, then (unless the
@@ -1522,30 +1637,35 @@ typedef struct kvn_device_info {
     uint32_t value_38;      /* tag 38 */
     uint32_t value_39;      /* tag 39 */
 } kvn_device_info;
+KVN_RECORD_SIZE(kvn_device_info, 1468, 1468);
 
 /** Product information (command 116). */
 typedef struct kvn_product_info {
     uint32_t value; /* tag 1 */
     char text[50];  /* tag 2: sent at its own length when not empty; a read takes at most 50 bytes */
 } kvn_product_info;
+KVN_RECORD_SIZE(kvn_product_info, 56, 56);
 
 /** Debug log setting (command 129). */
 typedef struct kvn_device_debug_log {
     uint32_t value_1; /* tag 1: sent, never read back */
     uint32_t value_2; /* tag 2 */
 } kvn_device_debug_log;
+KVN_RECORD_SIZE(kvn_device_debug_log, 8, 8);
 
 /** Device security setting (command 128). */
 typedef struct kvn_device_security {
     uint32_t value; /* tag 1 */
     char text[11];  /* tag 2: sent at its own length when not empty; a read takes at most 11 bytes */
 } kvn_device_security;
+KVN_RECORD_SIZE(kvn_device_security, 16, 16);
 
 /** Device status (command 202), read like kvn_device_security. */
 typedef struct kvn_device_status {
     uint32_t value; /* tag 1 */
     char text[11];  /* tag 2: at most 11 bytes */
 } kvn_device_status;
+KVN_RECORD_SIZE(kvn_device_status, 16, 16);
 
 /** Date and time (command 126). */
 typedef struct kvn_device_date_time {
@@ -1554,12 +1674,14 @@ typedef struct kvn_device_date_time {
     char text[1024];  /* tag 5: always sent, empty too; a read fills all 1024 bytes, the value's first */
     uint32_t value_6; /* tag 6 */
 } kvn_device_date_time;
+KVN_RECORD_SIZE(kvn_device_date_time, 1036, 1036);
 
 /** VNC setting (command 134). */
 typedef struct kvn_device_vnc_setting {
     uint8_t value; /* tag 2 */
     char text[21]; /* tag 3: sent at its own length when not empty; a read takes at most 21 bytes */
 } kvn_device_vnc_setting;
+KVN_RECORD_SIZE(kvn_device_vnc_setting, 22, 22);
 
 /**
  * Reads the device information. Each value is taken from a cleared scratch area, so a
@@ -1773,6 +1895,7 @@ typedef struct kvn_ssl_setting {
     char secret[33];  /* tag 5: sent only, never read back */
     uint32_t value_3; /* tag 3: always sent first */
 } kvn_ssl_setting;
+KVN_RECORD_SIZE(kvn_ssl_setting, 92, 92);
 
 /** Names a kvn_ssl_cert_list or kvn_vpn_cert_list holds: every value of its 8-bit count. */
 #define KVN_CERT_LIST_MAX 256
@@ -1784,17 +1907,20 @@ typedef struct kvn_ssl_cert_list {
     uint8_t count;                      /* names stored; the next name goes to entry `count` */
     char names[KVN_CERT_LIST_MAX][51];  /* tag 4: at most 50 bytes each, the rest of the entry kept */
 } kvn_ssl_cert_list;
+KVN_RECORD_SIZE(kvn_ssl_cert_list, 13057, 13057);
 
 /** System notification setting (command 125). */
 typedef struct kvn_system_notification_setting {
     uint32_t value;   /* tag 1 */
     char text[1024];  /* tag 2: always sent, empty too; a set has room for about 1014 bytes */
 } kvn_system_notification_setting;
+KVN_RECORD_SIZE(kvn_system_notification_setting, 1028, 1028);
 
 /** Wi-Fi status (command 135). */
 typedef struct kvn_wifi_status {
     uint8_t value; /* tag 2 */
 } kvn_wifi_status;
+KVN_RECORD_SIZE(kvn_wifi_status, 1, 1);
 
 /* Addresses B to E are netmask, gateway and DNS servers as the terminal assigns them. */
 /** The network kvn_connect_wifi() joins (command 137). */
@@ -1808,6 +1934,7 @@ typedef struct kvn_wifi_connect_setting {
     char address_d[16];   /* tag 12 */
     char address_e[16];   /* tag 13, and again as tag 15 */
 } kvn_wifi_connect_setting;
+KVN_RECORD_SIZE(kvn_wifi_connect_setting, 178, 178);
 
 /** The network joined, as kvn_get_wifi_scan_list() reports it. */
 typedef struct kvn_wifi_connection_info {
@@ -1820,6 +1947,7 @@ typedef struct kvn_wifi_connection_info {
     char address_e[16];   /* tag 13 */
     uint8_t value_15;     /* tag 15: the low byte */
 } kvn_wifi_connection_info;
+KVN_RECORD_SIZE(kvn_wifi_connection_info, 114, 114);
 
 /** One network of a Wi-Fi scan (a tag-1 container). */
 typedef struct kvn_wifi_scan_entry {
@@ -1827,6 +1955,7 @@ typedef struct kvn_wifi_scan_entry {
     char text[100];    /* inner tag 4: at most 100 bytes */
     uint32_t value_5;  /* inner tag 5 */
 } kvn_wifi_scan_entry;
+KVN_RECORD_SIZE(kvn_wifi_scan_entry, 136, 136);
 
 /** Wi-Fi network information (command 138). */
 typedef struct kvn_wifi_network_info {
@@ -1842,6 +1971,7 @@ typedef struct kvn_wifi_network_info {
     char address_e[16];   /* tag 13 */
     uint8_t value_15;     /* tag 15: the low byte */
 } kvn_wifi_network_info;
+KVN_RECORD_SIZE(kvn_wifi_network_info, 224, 224);
 
 /** Address and MAC texts a kvn_ethernet_security_setting holds, each. */
 #define KVN_ETHERNET_SECURITY_MAX 10
@@ -1855,6 +1985,7 @@ typedef struct kvn_ethernet_security_setting {
     char addresses[KVN_ETHERNET_SECURITY_MAX][16]; /* tag 2 containers, inner tag 3 */
     char macs[KVN_ETHERNET_SECURITY_MAX][18];      /* tag 4 containers, inner tag 5: 17 characters and a NUL */
 } kvn_ethernet_security_setting;
+KVN_RECORD_SIZE(kvn_ethernet_security_setting, 344, 344);
 
 /**
  * Writes the SSL setting: tag 3, then tag 6 alone when value_6 is not 0, otherwise the
@@ -2074,12 +2205,14 @@ typedef struct kvn_vpn_profile {
     char text_15[51];  /* tag 15 */
     char text_16[51];  /* tag 16 */
 } kvn_vpn_profile;
+KVN_RECORD_SIZE(kvn_vpn_profile, 680, 680);
 
 /** VPN status (command 1002). */
 typedef struct kvn_vpn_status {
     uint32_t state;   /* tag 28 */
     char address[16]; /* tag 29: dotted quad */
 } kvn_vpn_status;
+KVN_RECORD_SIZE(kvn_vpn_status, 20, 20);
 
 /* A read appends at `count` and never clears it: set count to 0 before the first read. */
 /** VPN certificate names (commands 1003, 1004, 1007). */
@@ -2087,12 +2220,14 @@ typedef struct kvn_vpn_cert_list {
     uint8_t count;                      /* names stored; the next name goes to entry `count` */
     char names[KVN_CERT_LIST_MAX][51];  /* tags 14, 15, 21 (also inside tag-20 containers): at most 50 bytes each */
 } kvn_vpn_cert_list;
+KVN_RECORD_SIZE(kvn_vpn_cert_list, 13057, 13057);
 
 /** An uploaded certificate to install (command 1005). */
 typedef struct kvn_vpn_certificate_install {
     char name[51];    /* tag 21: sent even when empty */
     char secret[960]; /* tag 22: sent even when empty */
 } kvn_vpn_certificate_install;
+KVN_RECORD_SIZE(kvn_vpn_certificate_install, 1011, 1011);
 
 /**
  * Writes the VPN profile: all sixteen elements in record order (tags 17, 2, 3, 4 to 9, 10,
@@ -2247,6 +2382,7 @@ typedef struct kvn_specific_purpose_input_setting {
     uint8_t input_3_flag;      /* tag 9 */
     uint32_t input_3_value_b;  /* tag 7 */
 } kvn_specific_purpose_input_setting;
+KVN_RECORD_SIZE(kvn_specific_purpose_input_setting, 36, 36);
 
 /** One output of the specific-purpose output settings; a tag-1 container on the wire. */
 typedef struct kvn_specific_purpose_output_entry {
@@ -2256,6 +2392,7 @@ typedef struct kvn_specific_purpose_output_entry {
     uint8_t flag_5;    /* inner tag 5 */
     uint32_t value_6;  /* inner tag 6 */
 } kvn_specific_purpose_output_entry;
+KVN_RECORD_SIZE(kvn_specific_purpose_output_entry, 20, 20);
 
 /** Specific-purpose output settings (command 113). */
 typedef struct kvn_specific_purpose_output_setting {
@@ -2265,12 +2402,14 @@ typedef struct kvn_specific_purpose_output_setting {
     uint8_t byte_8;  /* tag 8 */
     uint8_t byte_9;  /* tag 9 */
 } kvn_specific_purpose_output_setting;
+KVN_RECORD_SIZE(kvn_specific_purpose_output_setting, 184, 184);
 
 /** One entry of the time attendance settings; a tag-2 container on the wire. */
 typedef struct kvn_time_attendance_entry {
     uint32_t value;    /* inner tag 4 */
     uint8_t bytes[4];  /* inner tags 6, 7, 8 and 9 */
 } kvn_time_attendance_entry;
+KVN_RECORD_SIZE(kvn_time_attendance_entry, 8, 8);
 
 /* Slots 1 to 16 of texts_a, texts_b and values are item i (a tag-1 container with the
  * item number under inner tag 3); slot 0 is never sent, a read may fill it. */
@@ -2288,18 +2427,21 @@ typedef struct kvn_time_attendance_setting {
     uint32_t values[KVN_TIME_ATTENDANCE_SLOTS];
     uint32_t value_19;  /* tag 19 */
 } kvn_time_attendance_setting;
+KVN_RECORD_SIZE(kvn_time_attendance_setting, 2008, 2008);
 
 /** One job code; a tag-16 container on the wire. */
 typedef struct kvn_job_code {
     uint32_t id;    /* inner tag 17; the terminal wants non-zero ids unique */
     char name[52];  /* inner tag 18; a read stores at most 51 bytes */
 } kvn_job_code;
+KVN_RECORD_SIZE(kvn_job_code, 56, 56);
 
 /** The job code list (command 146). */
 typedef struct kvn_job_code_list {
     /** The job codes, all sent, empty ones included. */
     kvn_job_code codes[KVN_JOB_CODE_COUNT];
 } kvn_job_code_list;
+KVN_RECORD_SIZE(kvn_job_code_list, 1792, 1792);
 
 /** VoIP settings (command 142); empty texts are not sent. */
 typedef struct kvn_voip_setting {
@@ -2310,6 +2452,7 @@ typedef struct kvn_voip_setting {
     char text_4[21];     /* tag 4 */
     uint32_t value_7;    /* tag 7 */
 } kvn_voip_setting;
+KVN_RECORD_SIZE(kvn_voip_setting, 1096, 1096);
 
 /** One VoIP contact; a tag-1 container in the contact list, empty texts not sent. */
 typedef struct kvn_voip_contact {
@@ -2317,17 +2460,20 @@ typedef struct kvn_voip_contact {
     char text_3[21];   /* inner tag 3 */
     uint32_t value_4;  /* inner tag 4 */
 } kvn_voip_contact;
+KVN_RECORD_SIZE(kvn_voip_contact, 48, 48);
 
 /** The VoIP contact list (command 145). */
 typedef struct kvn_voip_contact_list {
     /** The contacts, all sent, empty ones included. */
     kvn_voip_contact contacts[KVN_VOIP_CONTACT_COUNT];
 } kvn_voip_contact_list;
+KVN_RECORD_SIZE(kvn_voip_contact_list, 480, 480);
 
 /** One weekday of a schedule: eight one-byte values, each its own element. */
 typedef struct kvn_day_schedule {
     uint8_t slots[8];  /* week schedule: tags 4 to 11; access schedule: tags 10 to 17 */
 } kvn_day_schedule;
+KVN_RECORD_SIZE(kvn_day_schedule, 8, 8);
 
 /** The biometric (command 107) or door-open (command 155) week schedule. */
 typedef struct kvn_week_schedule {
@@ -2335,6 +2481,7 @@ typedef struct kvn_week_schedule {
     /** Weekdays 0 to 6, each a tag-2 container with its index under tag 3. */
     kvn_day_schedule days[KVN_WEEKDAY_COUNT];
 } kvn_week_schedule;
+KVN_RECORD_SIZE(kvn_week_schedule, 60, 60);
 
 /** One holiday; a tag-5 container, sent only when enabled is exactly 1. */
 typedef struct kvn_holiday {
@@ -2342,6 +2489,7 @@ typedef struct kvn_holiday {
     char name[KVN_SCHEDULE_NAME];     /* tag 7 */
     uint8_t slots[8];                 /* tags 8 to 15 */
 } kvn_holiday;
+KVN_RECORD_SIZE(kvn_holiday, 64, 64);
 
 /** One holiday schedule; a tag-1 container, sent only when enabled is exactly 1. */
 typedef struct kvn_holiday_schedule {
@@ -2350,12 +2498,14 @@ typedef struct kvn_holiday_schedule {
     /** Holidays 0 to 49, each with its index under tag 6. */
     kvn_holiday holidays[KVN_HOLIDAY_COUNT];
 } kvn_holiday_schedule;
+KVN_RECORD_SIZE(kvn_holiday_schedule, 3256, 3256);
 
 /** All holiday schedules (command 106), index 0 to 63 under tag 2. */
 typedef struct kvn_holiday_schedule_table {
     /** The schedules by index. */
     kvn_holiday_schedule schedules[KVN_HOLIDAY_SCHEDULE_COUNT];
 } kvn_holiday_schedule_table;
+KVN_RECORD_SIZE(kvn_holiday_schedule_table, 208384, 208384);
 
 /** One access schedule; a tag-3 container, sent only when enabled is exactly 1. */
 typedef struct kvn_access_schedule {
@@ -2365,6 +2515,7 @@ typedef struct kvn_access_schedule {
     /** Weekdays 0 to 6, each a tag-8 container with its index under tag 9. */
     kvn_day_schedule days[KVN_WEEKDAY_COUNT];
 } kvn_access_schedule;
+KVN_RECORD_SIZE(kvn_access_schedule, 112, 112);
 
 /** All access schedules (command 105), index 0 to 63 under tag 4. */
 typedef struct kvn_access_schedule_table {
@@ -2373,12 +2524,14 @@ typedef struct kvn_access_schedule_table {
     /** The schedules by index. */
     kvn_access_schedule schedules[KVN_ACCESS_SCHEDULE_COUNT];
 } kvn_access_schedule_table;
+KVN_RECORD_SIZE(kvn_access_schedule_table, 7176, 7176);
 
 /** The names of the access schedules (command 119), by schedule index. */
 typedef struct kvn_access_schedule_name_list {
     /** Name of schedule i; a read stores at most 51 bytes and adds no NUL. */
     char names[KVN_ACCESS_SCHEDULE_COUNT][KVN_SCHEDULE_NAME];
 } kvn_access_schedule_name_list;
+KVN_RECORD_SIZE(kvn_access_schedule_name_list, 3264, 3264);
 
 /**
  * Writes the specific-purpose input settings: tags 2, 3, 1, 5, 6, 4, 8, 9, 7 (45 bytes).
@@ -2798,6 +2951,7 @@ typedef struct kvn_user_template {
     uint8_t template_data[KVN_USER_TEMPLATE_SIZE]; /* tag 23: template bytes */
     uint32_t template_length;                      /* valid bytes of template_data (at most 1572) */
 } kvn_user_template;
+KVN_RECORD_SIZE(kvn_user_template, 1580, 1580);
 
 /** A user known to the terminal (16232 bytes, the size the terminal's records take). */
 typedef struct kvn_user_record {
@@ -2828,6 +2982,7 @@ typedef struct kvn_user_record {
     uint8_t attr_t35_count;    /* used entries of attr_t35, 0 to 10 */
     uint8_t reserved[11];      /* not touched by the library */
 } kvn_user_record;
+KVN_RECORD_SIZE(kvn_user_record, 16232, 16232);
 
 /** The terminal's answer to a store that was not a plain success. */
 typedef struct kvn_user_store_result {
@@ -2836,12 +2991,14 @@ typedef struct kvn_user_store_result {
     uint8_t data_t31[10];     /* tag 31: at most 10 bytes */
     uint8_t data_t31_length;  /* bytes stored in data_t31 */
 } kvn_user_store_result;
+KVN_RECORD_SIZE(kvn_user_store_result, 84, 84);
 
 /** Argument of kvn_store_user_record(). */
 typedef struct kvn_user_store_request {
     kvn_user_record *record;        /* the record to store */
     kvn_user_store_result *result;  /* receives the terminal's answer, if it gives one */
 } kvn_user_store_request;
+KVN_RECORD_SIZE(kvn_user_store_request, 16, 16);
 
 /** Argument of kvn_delete_user_templete_indexes(). */
 typedef struct kvn_user_template_indexes {
@@ -2849,6 +3006,7 @@ typedef struct kvn_user_template_indexes {
     uint8_t finger_indexes[10];  /* tag 7: the fingers whose templates go */
     int8_t finger_index_count;   /* bytes of finger_indexes sent, 0 to 10 */
 } kvn_user_template_indexes;
+KVN_RECORD_SIZE(kvn_user_template_indexes, 75, 75);
 
 /** Enrolment: what is sent and what the terminal answers. */
 typedef struct kvn_enrollment_request {
@@ -2864,6 +3022,7 @@ typedef struct kvn_enrollment_request {
     char text_t10[64];  /* answer tag 10 (at most 64 bytes), kvn_enrollment_with_duplicate_identify() only */
     uint8_t attr_t11;   /* answer tag 11, kvn_enrollment_with_duplicate_identify() only */
 } kvn_enrollment_request;
+KVN_RECORD_SIZE(kvn_enrollment_request, 176, 176);
 
 /** Identification: the template or sample sent and the user identified. */
 typedef struct kvn_identify_request {
@@ -2875,12 +3034,14 @@ typedef struct kvn_identify_request {
     uint8_t attr_t03;                               /* answer tag 3 */
     uint32_t attr_t01;                              /* answer tag 1 */
 } kvn_identify_request;
+KVN_RECORD_SIZE(kvn_identify_request, 206452, 206452);
 
 /** A verification's answer. */
 typedef struct kvn_verify_result {
     uint32_t attr_t01;  /* answer tag 1 */
     uint32_t attr_t02;  /* answer tag 2 */
 } kvn_verify_result;
+KVN_RECORD_SIZE(kvn_verify_result, 8, 8);
 
 /** Verification against a template the caller holds. */
 typedef struct kvn_verify_template_request {
@@ -2889,12 +3050,14 @@ typedef struct kvn_verify_template_request {
     uint8_t attr_t01;              /* sent, tag 1 */
     kvn_verify_result result;      /* the answer */
 } kvn_verify_template_request;
+KVN_RECORD_SIZE(kvn_verify_template_request, 24, 24);
 
 /** Verification against the templates the terminal holds for a user. */
 typedef struct kvn_verify_user_id_request {
     char user_id[64];          /* sent, tag 1: NUL-terminated */
     kvn_verify_result result;  /* the answer */
 } kvn_verify_user_id_request;
+KVN_RECORD_SIZE(kvn_verify_user_id_request, 72, 72);
 
 /** Verification against a user record sent with the request. */
 typedef struct kvn_verify_user_record_request {
@@ -2902,6 +3065,7 @@ typedef struct kvn_verify_user_record_request {
     void *unused;              /* neither read nor written (the place of a store's result) */
     kvn_verify_result result;  /* the answer */
 } kvn_verify_user_record_request;
+KVN_RECORD_SIZE(kvn_verify_user_record_request, 24, 24);
 
 /** What a smart card holds (16300 bytes). */
 typedef struct kvn_smart_card_data {
@@ -2909,12 +3073,14 @@ typedef struct kvn_smart_card_data {
     uint32_t serial_info;  /* tag 11 */
     kvn_user_record user;  /* tag 17: the user record on the card */
 } kvn_smart_card_data;
+KVN_RECORD_SIZE(kvn_smart_card_data, 16300, 16300);
 
 /** Bytes the caller has encoded for a card, sent as they are. */
 typedef struct kvn_smart_card_raw_data {
     const uint8_t *data;  /* the payload, sent from where it lies */
     uint32_t length;      /* bytes of data */
 } kvn_smart_card_raw_data;
+KVN_RECORD_SIZE(kvn_smart_card_raw_data, 16, 16);
 
 /** The terminal's revoked cards: request and answer. */
 typedef struct kvn_revoked_card_list {
@@ -2923,6 +3089,7 @@ typedef struct kvn_revoked_card_list {
     uint8_t entry_count;      /* cleared by the call, then one more for every entry received */
     uint8_t entries[KVN_REVOKED_CARD_COUNT][64]; /* tag 12: entry n is the n-th card identifier answered */
 } kvn_revoked_card_list;
+KVN_RECORD_SIZE(kvn_revoked_card_list, 16387, 16387);
 
 /**
  * Stores a user record with its templates.
@@ -3258,12 +3425,14 @@ typedef struct kvn_card_serial_number {
     uint8_t serial[KVN_CARD_SERIAL_SIZE]; /* tag 12: up to 64 bytes as the terminal reports them, not terminated */
     uint32_t serial_info;    /* tag 11 */
 } kvn_card_serial_number;
+KVN_RECORD_SIZE(kvn_card_serial_number, 68, 68);
 
 /** Card serial number (CSN) settings (command 902). */
 typedef struct kvn_csn_setting {
     uint32_t csn_value_1;    /* tag 1 */
     uint32_t csn_value_2;    /* tag 2 */
 } kvn_csn_setting;
+KVN_RECORD_SIZE(kvn_csn_setting, 8, 8);
 
 /** Smart-card access keys (command 903): written, never read back. */
 typedef struct kvn_smart_card_access_keys {
@@ -3272,6 +3441,7 @@ typedef struct kvn_smart_card_access_keys {
     uint8_t key_3[16];       /* tag 4 */
     uint8_t key_4[16];       /* tag 16 */
 } kvn_smart_card_access_keys;
+KVN_RECORD_SIZE(kvn_smart_card_access_keys, 64, 64);
 
 /* A layout value longer than its block stores only its first byte into the block's
  * first byte; the rest of the block keeps what it held. */
@@ -3282,6 +3452,7 @@ typedef struct kvn_mifare_cards_layout {
     uint8_t mifare1k_flag;        /* tag 8: 0 keeps tags 8 and 7 back */
     uint8_t mifare4k_flag;        /* tag 10: 0 keeps tags 10 and 9 back */
 } kvn_mifare_cards_layout;
+KVN_RECORD_SIZE(kvn_mifare_cards_layout, 512, 512);
 
 /** HID card layouts (command 913). */
 typedef struct kvn_hid_cards_layout {
@@ -3292,6 +3463,7 @@ typedef struct kvn_hid_cards_layout {
     uint8_t hid_layout_2_flag;    /* tag 32: 0 keeps tags 32 and 31 back */
     uint8_t hid_value_flag;       /* tag 34: 0 keeps tags 34 and 33 back */
 } kvn_hid_cards_layout;
+KVN_RECORD_SIZE(kvn_hid_cards_layout, 521, 521);
 
 /** DESFire settings (command 908). */
 typedef struct kvn_desfire_settings {
@@ -3299,6 +3471,7 @@ typedef struct kvn_desfire_settings {
     uint8_t desfire_value_2;      /* tag 14 */
     uint32_t desfire_value_3;     /* tag 15 */
 } kvn_desfire_settings;
+KVN_RECORD_SIZE(kvn_desfire_settings, 12, 12);
 
 /** Key manipulation flags (command 912), sent in the order 5, 20, 19. */
 typedef struct kvn_key_manipulation_flags {
@@ -3306,6 +3479,7 @@ typedef struct kvn_key_manipulation_flags {
     uint32_t flags_2;             /* tag 20 */
     uint32_t flags_3;             /* tag 19 */
 } kvn_key_manipulation_flags;
+KVN_RECORD_SIZE(kvn_key_manipulation_flags, 12, 12);
 
 /** SRL server settings (command 141), sent in the order 1, 3, 2. */
 typedef struct kvn_srl_server_settings {
@@ -3313,6 +3487,7 @@ typedef struct kvn_srl_server_settings {
     uint32_t srl_value_2;         /* tag 3 */
     char server[KVN_SRL_SERVER_SIZE]; /* tag 2: sent up to its NUL, even empty; a read copies up to 1024 bytes, not terminated */
 } kvn_srl_server_settings;
+KVN_RECORD_SIZE(kvn_srl_server_settings, 1032, 1032);
 
 /** A Wiegand format (commands 701 and 704). Which fields go out depends on wiegand_type. */
 typedef struct kvn_wiegand_format {
@@ -3331,6 +3506,7 @@ typedef struct kvn_wiegand_format {
     uint8_t parity_masks_t24[KVN_WIEGAND_PARITY_MAX][64]; /* tag 24, one element each: type 2 */
     uint8_t parity_masks_t25[KVN_WIEGAND_PARITY_MAX][64]; /* tag 25, one element each: type 2, sent before the tag-24 ones */
 } kvn_wiegand_format;
+KVN_RECORD_SIZE(kvn_wiegand_format, 900, 900);
 
 /** The Wiegand formats the terminal holds (command 702). */
 typedef struct kvn_wiegand_format_list {
@@ -3338,6 +3514,7 @@ typedef struct kvn_wiegand_format_list {
     uint8_t format_ids[KVN_WIEGAND_FORMAT_LIST_MAX]; /* tag 3 of each format */
     char format_names[KVN_WIEGAND_FORMAT_LIST_MAX][51]; /* tag 4 of each format: at most 50 bytes, no NUL added */
 } kvn_wiegand_format_list;
+KVN_RECORD_SIZE(kvn_wiegand_format_list, 1041, 1041);
 
 /** Wiegand input settings (command 123), sent in the order 3, 9, 29, 1. */
 typedef struct kvn_wiegand_input_setting {
@@ -3346,6 +3523,7 @@ typedef struct kvn_wiegand_input_setting {
     uint32_t attr_t29;            /* tag 29 */
     uint8_t attr_t01;             /* tag 1 */
 } kvn_wiegand_input_setting;
+KVN_RECORD_SIZE(kvn_wiegand_input_setting, 16, 16);
 
 /** Wiegand output settings (command 124). */
 typedef struct kvn_wiegand_output_setting {
@@ -3362,12 +3540,14 @@ typedef struct kvn_wiegand_output_setting {
     uint8_t attr_t27;             /* tag 27 */
     uint8_t attr_t28;             /* tag 28 */
 } kvn_wiegand_output_setting;
+KVN_RECORD_SIZE(kvn_wiegand_output_setting, 20, 20);
 
 /** Wiegand pulse settings (command 130). */
 typedef struct kvn_wiegand_pulse_setting {
     uint8_t attr_t07;             /* tag 7 */
     uint16_t attr_t08;            /* tag 8 */
 } kvn_wiegand_pulse_setting;
+KVN_RECORD_SIZE(kvn_wiegand_pulse_setting, 4, 4);
 
 /* A read copies each value as it is, at most the field's width: a shorter value changes
  * only the field's low bytes. */
@@ -3379,6 +3559,7 @@ typedef struct kvn_multi_wiegand_input_setting {
     /** One tag-31 container each, in array order; a read fills them in the answer's order. */
     kvn_wiegand_input_setting inputs[KVN_MULTI_WIEGAND_INPUTS];
 } kvn_multi_wiegand_input_setting;
+KVN_RECORD_SIZE(kvn_multi_wiegand_input_setting, 92, 92);
 
 /**
  * Reads the serial number of the card at the reader.
@@ -3862,6 +4043,8 @@ KVN_API int32_t kvn_reset_multi_wiegand_input_setting(kvn_device_conn *conn);
 
 
 /* @@CARDS@@ (end of section) */
+
+#pragma pack(pop)
 
 #ifdef __cplusplus
 } /* extern "C" */

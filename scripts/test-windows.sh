@@ -40,6 +40,15 @@ if [ "$declared" != "$exported" ]; then
   diff <(echo "$declared") <(echo "$exported") >&2 || true
   exit 1
 fi
+# A program linked to the static library exports nothing of it: the static objects
+# are compiled without dllexport (the test program links libkvnsdk2_static.a).
+reexported=$(x86_64-w64-mingw32-objdump -p "$build/tests/kvnsdk2_tests.exe" \
+  | awk '/\[Ordinal\/Name Pointer\] Table/ {t = 1; next} t && /^[[:space:]]*\[/ {print $NF} t && /^[[:space:]]*$/ {t = 0}' \
+  | grep -c '^kvn_' || true)
+if [ "$reexported" != 0 ]; then
+  echo "kvnsdk2_tests.exe, linked to libkvnsdk2_static.a, exports $reexported kvn_* functions" >&2
+  exit 1
+fi
 imports=$(x86_64-w64-mingw32-objdump -p "$build/kvnsdk2.dll" | awk '/DLL Name:/ {print tolower($3)}' | sort -u | tr '\n' ' ')
 if [ "$imports" != "kernel32.dll msvcrt.dll ws2_32.dll " ]; then
   echo "kvnsdk2.dll imports unexpected DLLs: $imports" >&2

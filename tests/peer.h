@@ -204,4 +204,20 @@ inline Bytes whole(const std::string& s, size_t size) {
     return b;
 }
 
+// The library's read and write limits (and whether serial links obey them) for the
+// life of the object; the previous settings come back after it.
+struct Limits {
+    int32_t r, w, c;
+    Limits(int32_t read_ms, int32_t write_ms, bool serial = false) {
+        kvn_ext_get_timeouts(&r, &w, &c);
+        kvn_ext_set_timeouts(read_ms, write_ms, -1);
+        kvn_ext_apply_timeouts_to_serial(serial ? 1 : 0);
+    }
+    ~Limits() {
+        kvn_ext_set_timeouts(r, w, c);
+        kvn_ext_apply_timeouts_to_serial(0);
+    }
+};
+
+
 }  // namespace kvntest

@@ -2,13 +2,16 @@
 // no SIGPIPE, connection failures.
 #include <fcntl.h>
 #include <pty.h>
+#include <poll.h>
 #include <signal.h>
+#include <sys/ioctl.h>
 #include <sys/resource.h>
 #include <termios.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <cstring>
 #include <string>
 #include <thread>
@@ -62,16 +65,34 @@ kvn_device_conn serial_conn(const std::wstring& name, uint32_t baud) {
 TEST(SerialLink, ExchangeOverPseudoTerminal) {
     Pty pty;
     ASSERT_GE(pty.master, 0);
+    // The line starts with flow control on and carrier detect honoured, and holds
+    // bytes from before the connection (the far end's line stays open meanwhile).
+    termios tio;
+    ASSERT_EQ(::tcgetattr(pty.slave, &tio), 0);
+    ::cfmakeraw(&tio);
+    tio.c_cflag = (tio.c_cflag | CRTSCTS) & ~static_cast<tcflag_t>(CLOCAL);
+    tio.c_iflag |= IXON | IXOFF | IXANY;
+    ASSERT_EQ(::tcsetattr(pty.slave, TCSANOW, &tio), 0);
+    const uint8_t stale[] = {0xDD, 0xCC, 0xBB, 0xAA, 1, 2, 3};
+    ASSERT_EQ(::write(pty.master, stale, sizeof stale), static_cast<ssize_t>(sizeof stale));
+    pollfd arrived{pty.slave, POLLIN, 0};
+    ASSERT_EQ(::poll(&arrived, 1, 5000), 1);
+
     kvn_device_conn c = serial_conn(pty.name, 115200);
     ASSERT_EQ(kvn_open_device_conn(&c), 0);
+    EXPECT_EQ(kvn_ext_last_os_error(), 0);
 
-    // The port is raw 8N1 at the requested speed.
-    termios tio;
+    // The port is raw 8N1 at the requested speed, without flow control, ignores
+    // carrier detect, and is a blocking descriptor that a program's exec drops.
     ASSERT_EQ(::tcgetattr(c.link.serial_handle, &tio), 0);
     EXPECT_EQ(cfgetospeed(&tio), static_cast<speed_t>(B115200));
     EXPECT_EQ(tio.c_cflag & CSIZE, static_cast<tcflag_t>(CS8));
-    EXPECT_EQ(tio.c_cflag & (PARENB | CSTOPB), 0u);
+    EXPECT_EQ(tio.c_cflag & (PARENB | CSTOPB | CRTSCTS), 0u);
+    EXPECT_EQ(tio.c_cflag & (CLOCAL | CREAD), static_cast<tcflag_t>(CLOCAL | CREAD));
+    EXPECT_EQ(tio.c_iflag & (IXON | IXOFF | IXANY), 0u);
     EXPECT_EQ(tio.c_lflag & ICANON, 0u);
+    EXPECT_EQ(::fcntl(c.link.serial_handle, F_GETFL) & O_NONBLOCK, 0);
+    EXPECT_NE(::fcntl(c.link.serial_handle, F_GETFD) & FD_CLOEXEC, 0);
 
     Bytes request;
     const Bytes payload = {1, 4, 0xFF, 0x00, 0x00, 0x80};  // bytes a cooked line would mangle
@@ -87,7 +108,7 @@ TEST(SerialLink, ExchangeOverPseudoTerminal) {
     EXPECT_EQ(kvn_send_command(&c, &word, 202, nullptr, 0), 0);
     uint8_t buf[64];
     uint32_t len = sizeof buf;
-    EXPECT_EQ(kvn_receive_response(&c, buf, &len), 0);
+    EXPECT_EQ(kvn_receive_response(&c, buf, &len), 0) << "the stale bytes were taken for the answer";
     terminal.join();
     EXPECT_EQ(Bytes(buf, buf + len), payload);
     ASSERT_EQ(request.size(), 28u);
@@ -102,16 +123,19 @@ TEST(SerialLink, OpenFailures) {
         std::wstring name;
         uint32_t baud;
         int32_t rc;
+        int os_error;
     };
     const Case cases[] = {
-        {L"/nonexistent/ttyKVN0", 9600, -5},  // cannot be opened
-        {L"/dev/null", 9600, -5},             // opens, but is no terminal: querying fails
-        {pty.name, 12345, -3},                // a speed the port cannot take is a failed configuration
-        {L"", 9600, -5},
+        {L"/nonexistent/ttyKVN0", 9600, -5, ENOENT},  // cannot be opened
+        {L"/dev/null", 9600, -5, ENOTTY},             // opens, but is no terminal: querying fails
+        {L"/tmp", 9600, -5, EISDIR},
+        {pty.name, 12345, -3, EINVAL},                // a speed the port cannot take is a failed configuration
+        {L"", 9600, -5, EINVAL},
     };
     for (const Case& k : cases) {
         kvn_device_conn c = serial_conn(k.name, k.baud);
         EXPECT_EQ(kvn_open_device_conn(&c), k.rc) << std::string(k.name.begin(), k.name.end());
+        EXPECT_EQ(kvn_ext_last_os_error(), k.os_error) << std::string(k.name.begin(), k.name.end());
         // Nothing stays open, and the record keeps no descriptor a later open could reuse.
         EXPECT_EQ(c.link.serial_handle, -1) << std::string(k.name.begin(), k.name.end());
         EXPECT_EQ(kvn_close_device_conn(&c), 0);
@@ -119,6 +143,55 @@ TEST(SerialLink, OpenFailures) {
     kvn_device_conn c = serial_conn(pty.name, 9600);
     c.serial_port = nullptr;
     EXPECT_EQ(kvn_open_device_conn(&c), -5);
+}
+
+// As with share mode 0 on Windows, a port in use by one connection cannot be opened
+// by another; closing gives it back, exclusivity included.
+TEST(SerialLink, PortIsHeldExclusively) {
+    Pty pty;
+    ASSERT_GE(pty.master, 0);
+    kvn_device_conn first = serial_conn(pty.name, 9600), second = serial_conn(pty.name, 9600);
+    ASSERT_EQ(kvn_open_device_conn(&first), 0);
+    EXPECT_EQ(kvn_open_device_conn(&second), -5);
+    EXPECT_EQ(kvn_ext_last_os_error(), EBUSY);
+    EXPECT_EQ(second.link.serial_handle, -1);
+    int exclusive = 0;
+    ASSERT_EQ(::ioctl(pty.slave, TIOCGEXCL, &exclusive), 0);
+    EXPECT_EQ(exclusive, 1) << "other programs are kept out too";
+    EXPECT_EQ(kvn_close_device_conn(&first), 0);
+    ASSERT_EQ(::ioctl(pty.slave, TIOCGEXCL, &exclusive), 0);
+    EXPECT_EQ(exclusive, 0) << "the line is free again for everyone";
+    ASSERT_EQ(kvn_open_device_conn(&second), 0);
+    EXPECT_EQ(kvn_close_device_conn(&second), 0);
+}
+
+// Serial waits are unbounded unless the integrator asks: then a silent line ends a
+// read, and a line nobody reads ends a write, each after one wait.
+TEST(SerialLink, WaitsAreBoundedOnlyWhenAsked) {
+    Pty pty;
+    ASSERT_GE(pty.master, 0);
+    kvn_device_conn c = serial_conn(pty.name, 115200);
+    ASSERT_EQ(kvn_open_device_conn(&c), 0);
+    uint8_t byte = 0;
+    {
+        kvntest::Limits limits(100, 100);
+        std::thread late([&] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(400));
+            ASSERT_EQ(::write(pty.master, "\x5A", 1), 1);
+        });
+        EXPECT_EQ(kvn_receive_data(&c.link, &byte, 1), 0) << "by default a serial read waits for its bytes";
+        late.join();
+        EXPECT_EQ(byte, 0x5A);
+    }
+    kvntest::Limits limits(200, 200, true);
+    EXPECT_EQ(kvn_receive_data(&c.link, &byte, 1), -2);
+    EXPECT_EQ(kvn_ext_last_os_error(), ETIMEDOUT);
+    const Bytes big(KVN_MAX_REQUEST_PAYLOAD, 0x11);
+    const uint32_t word = KVN_REQUEST_WORD(KVN_REQ_SET);
+    EXPECT_EQ(kvn_send_command(&c, &word, 120, big.data(), static_cast<uint32_t>(big.size())), -3);
+    EXPECT_EQ(kvn_ext_last_os_error(), ETIMEDOUT);
+    EXPECT_EQ(::fcntl(c.link.serial_handle, F_GETFL) & O_NONBLOCK, 0) << "the descriptor is left blocking";
+    kvn_close_device_conn(&c);
 }
 
 TEST(SerialLink, HangUpEndsAReadInsteadOfSpinning) {
@@ -192,7 +265,19 @@ TEST(TcpLink, ConnectFailureAndTransportChoice) {
     c.link.conn_type = 2;  // any non-zero value is TCP
     EXPECT_EQ(kvn_open_device_conn(&c), -5);
     EXPECT_GE(c.link.socket, 0) << "the socket is stored before connecting";
+    EXPECT_NE(::fcntl(c.link.socket, F_GETFD) & FD_CLOEXEC, 0);
+    // The cause, for this thread only, with the system's text.
+    EXPECT_EQ(kvn_ext_last_os_error(), ECONNREFUSED);
+    char text[64];
+    const int32_t n = kvn_ext_last_os_error_text(text, sizeof text);
+    EXPECT_STREQ(text, std::strerror(ECONNREFUSED));
+    EXPECT_EQ(n, static_cast<int32_t>(std::strlen(text)));
+    EXPECT_EQ(kvn_ext_last_os_error_text(text, 4), 3);
+    std::thread([] { EXPECT_EQ(kvn_ext_last_os_error(), 0); }).join();
     EXPECT_EQ(kvn_close_device_conn(&c), 0);
+    EXPECT_EQ(kvn_ext_last_os_error(), 0);
+    EXPECT_EQ(kvn_ext_last_os_error_text(text, sizeof text), 0);
+    EXPECT_STREQ(text, "");
 
     c.ip_address = "not an address";
     EXPECT_EQ(kvn_open_device_conn(&c), -5);
@@ -211,13 +296,23 @@ TEST(TcpLink, ZeroCountsTouchNothing) {
     EXPECT_EQ(kvn_receive_data(&link, &b, 1), -2);
 }
 
-TEST(TcpLink, RecordLayout) {
-    EXPECT_EQ(sizeof(kvn_conn_link), 16u);
-    EXPECT_EQ(offsetof(kvn_conn_link, socket), 4u);
-    EXPECT_EQ(offsetof(kvn_conn_link, serial_handle), 12u);
-    EXPECT_EQ(offsetof(kvn_device_conn, ip_address), 8u);
-    EXPECT_EQ(offsetof(kvn_device_conn, port), 16u);
-    EXPECT_EQ(offsetof(kvn_device_conn, serial_port), 24u);
-    EXPECT_EQ(offsetof(kvn_device_conn, baud_rate), 32u);
-    EXPECT_EQ(offsetof(kvn_device_conn, link), 44u);
+// 0 means no limit for every wait: a late answer is still read, and a peer that
+// closes is told apart from a wait that ran out.
+TEST(TcpLink, ZeroLimitsWaitWithoutLimit) {
+    kvntest::Limits limits(0, 0);
+    LoopbackPeer peer([](sock_t s) {
+        kvntest::read_request(s);
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+        kvntest::write_bytes(s, kvntest::response(-2012));
+    });
+    kvn_device_conn c = peer.conn();
+    ASSERT_EQ(kvn_open_device_conn(&c), 0);
+    const uint32_t word = KVN_REQUEST_WORD(KVN_REQ_GET);
+    EXPECT_EQ(kvn_send_command(&c, &word, 8, nullptr, 0), 0);
+    uint8_t buf[16];
+    uint32_t len = sizeof buf;
+    EXPECT_EQ(kvn_receive_response(&c, buf, &len), -2012);
+    EXPECT_EQ(kvn_receive_data(&c.link, buf, 1), -2);
+    EXPECT_EQ(kvn_ext_last_os_error(), ECONNRESET) << "the peer closed";
+    kvn_close_device_conn(&c);
 }

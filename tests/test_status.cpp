@@ -1,7 +1,10 @@
 // Status messages and the small utilities.
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <cstddef>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "kvnsdk2.h"
@@ -64,7 +67,9 @@ TEST(Utilities, IpTextToInt) {
         EXPECT_EQ(v, value) << text;
     }
     const char* bad[] = {"256.1.1.1", "1.2.3", "1.2.3.4.5", " 1.2.3.4", "", "1..2.3", "1.2.3.4a",
-                         "1234567890123456", "1.2.3.-4", "1.2.3.256", "0000000001.2.3.4"};
+                         "1234567890123456", "1.2.3.-4", "1.2.3.256", "0000000001.2.3.4",
+                         // Numbers far beyond any field: refused, never overflowed.
+                         "999999999.1.1.1", "1.1.1.999999999", "4294967296.0.0", "1.2.3.", ".1.2.3"};
     for (const char* text : bad) {
         uint32_t v = 0x5A5A5A5A;
         EXPECT_EQ(kvn_convert_ip_string_to_int(text, &v), -15) << text;
@@ -102,5 +107,67 @@ TEST(Utilities, AlphanumericCheckAndItsDiagnostic) {
     EXPECT_EQ(g_lines[3], "char {\n");
 }
 
-extern "C" int kvn_test_header_from_c(void);
-TEST(Header, UsableFromC) { EXPECT_EQ(kvn_test_header_from_c(), static_cast<int>(sizeof(kvn_device_conn))); }
+// A sink and its context are one pair: a line never reaches a sink with another's
+// context, and a sink that has been replaced is not called again.
+TEST(Utilities, DiagnosticSinkChangesWithoutARace) {
+    struct Tag {
+        std::atomic<bool> retired{false};
+        std::atomic<int> calls{0}, late{0}, mixed{0};
+    };
+    static Tag a, b;
+    static const kvn_ext_diagnostic_fn sink_a = [](void* ctx, const char*) {
+        ++a.calls;
+        if (ctx != &a) ++a.mixed;
+        if (a.retired) ++a.late;
+    };
+    static const kvn_ext_diagnostic_fn sink_b = [](void* ctx, const char*) {
+        ++b.calls;
+        if (ctx != &b) ++b.mixed;
+        if (b.retired) ++b.late;
+    };
+    std::atomic<bool> stop{false};
+    std::thread printer([&] {
+        while (!stop) kvn_utils_validate_alphanumeric_string(" ", 1);
+    });
+    for (int i = 0; i < 2000 || a.calls + b.calls < 20000; ++i) {
+        Tag& next = i % 2 == 0 ? a : b;
+        Tag& prev = i % 2 == 0 ? b : a;
+        next.retired = false;
+        kvn_ext_set_diagnostic_sink(&next == &a ? sink_a : sink_b, &next);
+        prev.retired = true;
+    }
+    stop = true;
+    printer.join();
+    kvn_ext_set_diagnostic_sink(nullptr, nullptr);
+    EXPECT_EQ(a.mixed + b.mixed, 0);
+    EXPECT_EQ(a.late + b.late, 0);
+}
+
+extern "C" size_t kvn_check_layout_c(size_t* out, size_t capacity);
+extern "C" size_t kvn_check_layout_cxx(size_t* out, size_t capacity);
+
+// The connection records' layouts, pinned for both builds: what the library is
+// compiled with, and what consumers see from C99 and C++ under #pragma pack(1).
+TEST(Header, LayoutsHoldForEveryConsumer) {
+#if defined(_WIN64)
+    const std::vector<size_t> pinned = {32, 8, 16, 24, 80, 8, 16, 24, 32, 36, 48};
+#elif defined(__x86_64__) || defined(__LP64__)
+    const std::vector<size_t> pinned = {16, 4, 8, 12, 64, 8, 16, 24, 32, 36, 44};
+#else
+    GTEST_SKIP() << "layouts are pinned for Linux x86-64 and Windows x64";
+#endif
+    const std::vector<size_t> library = {
+        sizeof(kvn_conn_link), offsetof(kvn_conn_link, socket), offsetof(kvn_conn_link, reserved),
+        offsetof(kvn_conn_link, serial_handle), sizeof(kvn_device_conn), offsetof(kvn_device_conn, ip_address),
+        offsetof(kvn_device_conn, port), offsetof(kvn_device_conn, serial_port), offsetof(kvn_device_conn, baud_rate),
+        offsetof(kvn_device_conn, reserved), offsetof(kvn_device_conn, link)};
+    EXPECT_EQ(library, pinned);
+    std::vector<size_t> consumer = pinned;
+    consumer.push_back(5);  // the includer's own packed record: pack(1) holds again after the header
+    consumer.push_back(1);  // calls reach the library
+    for (auto* check : {kvn_check_layout_c, kvn_check_layout_cxx}) {
+        std::vector<size_t> seen(16);
+        seen.resize(check(seen.data(), seen.size()));
+        EXPECT_EQ(seen, consumer);
+    }
+}

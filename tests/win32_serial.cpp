@@ -143,6 +143,19 @@ TEST(Win32Serial, ReadsWithZeroTimeoutsWaitForALateAnswer) {
     uint8_t none = 0;
     EXPECT_EQ(kvn_receive_data(&c.link, &none, 0), 0);
     EXPECT_EQ(kvn_send_data(&c.link, &none, 0), 0);
+
+    // Bounded on request: the far end only answers requests, so a read now waits
+    // for bytes that never come and ends after one wait; the port's timeouts are
+    // zero again once the limits no longer apply.
+    {
+        kvntest::Limits limits(300, 300, true);
+        EXPECT_EQ(kvn_receive_data(&c.link, &none, 1), -2);
+        EXPECT_EQ(kvn_ext_last_os_error(), static_cast<int32_t>(ERROR_TIMEOUT));
+    }
+    EXPECT_EQ(exchange(c, 2, payload).rc, 0);
+    COMMTIMEOUTS t;
+    ASSERT_TRUE(GetCommTimeouts(c.link.serial_handle, &t));
+    EXPECT_EQ(t.ReadTotalTimeoutConstant, 0u);
     EXPECT_EQ(kvn_close_device_conn(&c), 0);
 }
 
@@ -158,6 +171,7 @@ TEST(Win32Serial, OpenFailuresReturnMinusFiveAndLeaveNoHandle) {
         {not_a_port, "opens, but is no communication port: GetCommState fails and the handle is closed"},
         {L"", "empty name"},
     };
+    kvn_ext_last_os_error();  // the thread's error slot is made once, before handles are counted
     for (const Case& k : cases) {
         // Handle slots are reused lowest (Wine) or last (Windows) freed first: a slot
         // freed just before the open is the one its CreateFileW takes, and it must be
@@ -167,6 +181,7 @@ TEST(Win32Serial, OpenFailuresReturnMinusFiveAndLeaveNoHandle) {
         CloseHandle(probe);
         kvn_device_conn c = serial_conn(k.name, 9600);
         EXPECT_EQ(kvn_open_device_conn(&c), -5) << k.why;
+        EXPECT_NE(kvn_ext_last_os_error(), 0) << k.why;
         EXPECT_FALSE(handle_open(c.link.serial_handle)) << k.why;
         const HANDLE next = CreateEventW(nullptr, TRUE, FALSE, nullptr);
         EXPECT_EQ(next, probe) << k.why << ": the failed open kept a handle";

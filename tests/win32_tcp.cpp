@@ -12,6 +12,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -37,15 +38,6 @@ bool winsock_stopped() {
     }
     return ::WSAGetLastError() == WSANOTINITIALISED;
 }
-
-struct ShortWaits {
-    int32_t r, w, c;
-    ShortWaits(int32_t read_ms, int32_t write_ms) {
-        kvn_ext_get_timeouts(&r, &w, &c);
-        kvn_ext_set_timeouts(read_ms, write_ms, -1);
-    }
-    ~ShortWaits() { kvn_ext_set_timeouts(r, w, c); }
-};
 
 struct TerminalAddress {
     std::string ip;
@@ -136,6 +128,9 @@ TEST(Win32Winsock, FailedConnectKeepsSocketAndStartUpUntilClose) {
     kvn_device_conn c = tcp_conn(refused);
     c.link.conn_type = 7;  // any non-zero value is TCP
     EXPECT_EQ(kvn_open_device_conn(&c), -5);
+    EXPECT_EQ(kvn_ext_last_os_error(), WSAECONNREFUSED);
+    char text[128];
+    EXPECT_GT(kvn_ext_last_os_error_text(text, sizeof text), 0);
     EXPECT_NE(c.link.socket, static_cast<kvn_socket_t>(INVALID_SOCKET)) << "stored before connecting";
     EXPECT_FALSE(winsock_stopped()) << "the failed open leaves Windows Sockets started";
     EXPECT_EQ(kvn_close_device_conn(&c), 0) << "the socket was still open";
@@ -169,7 +164,7 @@ TEST(Win32Winsock, ZeroCountsTouchNothingAndABadSocketFails) {
 // over several times the wait still arrives, while one pause longer than the wait
 // ends the read with -2 and keeps what had arrived.
 TEST(Win32TcpWaits, ReadWaitIsPerChunk) {
-    ShortWaits waits(400, 400);
+    kvntest::Limits waits(400, 400);
     const Bytes payload = {0x41, 0x42, 0x43, 0x44, 0x45, 0x46, 0x47, 0x48};
     const Bytes answer = kvntest::response(0, payload);
     {
@@ -221,10 +216,9 @@ TEST(Win32TcpWaits, ReadWaitIsPerChunk) {
 
 // The write side: a peer that reads slowly but steadily takes a request larger than
 // the socket buffers, though the whole write lasts several waits, since every chunk
-// becomes writable within one; a peer that stops reading makes the write that finds
-// the buffers full fail with -3 after one wait.
+// becomes writable within one.
 TEST(Win32TcpWaits, WriteWaitIsPerChunk) {
-    ShortWaits waits(2000, 200);
+    kvntest::Limits waits(2000, 200);
     Bytes big(KVN_MAX_REQUEST_PAYLOAD, 0x5A);
     const uint32_t word = KVN_REQUEST_WORD(KVN_REQ_SET);
     size_t seen = 0;
@@ -253,17 +247,42 @@ TEST(Win32TcpWaits, WriteWaitIsPerChunk) {
     EXPECT_EQ(rc, 0);
     EXPECT_EQ(seen, 4u * (28u + KVN_MAX_REQUEST_PAYLOAD));
     EXPECT_GE(took, std::chrono::milliseconds(400)) << "the writes outlasted two waits";
+}
 
+// A peer that accepts and never reads. With small buffers a frame only partly fits,
+// and the write must end with -3 after one wait for the rest, instead of waiting
+// inside send() for as long as the peer stays silent.
+TEST(Win32TcpWaits, WriteToAPeerThatNeverReadsEndsAfterOneWait) {
+    kvntest::Limits waits(2000, 200);
     std::atomic<bool> done{false};
     LoopbackPeer deaf([&](sock_t) {
         while (!done) std::this_thread::sleep_for(std::chrono::milliseconds(5));
     });
-    kvn_device_conn c = deaf.conn();
-    ASSERT_EQ(kvn_open_device_conn(&c), 0);
-    rc = 0;
-    int sent = 0;
-    for (; sent < 200 && rc == 0; ++sent) rc = kvn_send_command(&c, &word, 120, big.data(), KVN_MAX_REQUEST_PAYLOAD);
+    // The writer's state outlives the test if the write never returns.
+    struct Write {
+        kvn_device_conn c;
+        Bytes big = Bytes(KVN_MAX_REQUEST_PAYLOAD, 0x5A);
+        std::atomic<bool> finished{false};
+        int32_t rc = 99, os_error = 0;
+    };
+    auto w = std::make_shared<Write>();
+    w->c = deaf.conn();
+    ASSERT_EQ(kvn_open_device_conn(&w->c), 0);
+    set_buffer(w->c.link.socket, SO_SNDBUF, 32768);
+    std::thread writer([w] {
+        const uint32_t word = KVN_REQUEST_WORD(KVN_REQ_SET);
+        w->rc = kvn_send_command(&w->c, &word, 120, w->big.data(), KVN_MAX_REQUEST_PAYLOAD);
+        w->os_error = kvn_ext_last_os_error();
+        w->finished = true;
+    });
+    for (int i = 0; i < 300 && !w->finished; ++i) std::this_thread::sleep_for(std::chrono::milliseconds(100));
     done = true;
-    EXPECT_EQ(rc, -3) << "after " << sent << " frames";
-    kvn_close_device_conn(&c);
+    if (!w->finished) {
+        writer.detach();
+        FAIL() << "the write still waits 30 s after its 200 ms limit";
+    }
+    writer.join();
+    EXPECT_EQ(w->rc, -3);
+    EXPECT_EQ(w->os_error, WSAETIMEDOUT);
+    kvn_close_device_conn(&w->c);
 }

@@ -1,5 +1,6 @@
 // Status messages and small utilities.
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <iterator>
@@ -76,12 +77,22 @@ KVN_API int32_t kvn_convert_ip_string_to_int(const char* text, uint32_t* address
         }
     }
     if (dots != 3) return KVN_E_INVALID_IP_ADDRESS;
-    int a = 0, b = 0, c = 0, d = 0;
-    if (std::sscanf(text, "%d.%d.%d.%d", &a, &b, &c, &d) != 4) return KVN_E_INVALID_IP_ADDRESS;
-    // At most 15 digits and dots: every number fits an int and none is negative.
-    if (d > 255 || c > 255 || b > 255 || a > 255) return KVN_E_INVALID_IP_ADDRESS;
-    *address = static_cast<uint32_t>(a) << 24 | static_cast<uint32_t>(b) << 16 | static_cast<uint32_t>(c) << 8 |
-               static_cast<uint32_t>(d);
+    // Four fields of one or more digits, each at most 255. A field stops growing
+    // once it passes 255, so no text can overflow it.
+    uint32_t field[4] = {0, 0, 0, 0};
+    size_t n = 0, digits = 0;
+    for (size_t i = 0; i <= length; ++i) {
+        if (i == length || text[i] == '.') {
+            if (digits == 0) return KVN_E_INVALID_IP_ADDRESS;  // "1..2.3", ".1.2.3", "1.2.3."
+            ++n;
+            digits = 0;
+            continue;
+        }
+        if (field[n] <= 255) field[n] = field[n] * 10 + static_cast<uint32_t>(text[i] - '0');
+        ++digits;
+    }
+    if (field[3] > 255 || field[2] > 255 || field[1] > 255 || field[0] > 255) return KVN_E_INVALID_IP_ADDRESS;
+    *address = field[0] << 24 | field[1] << 16 | field[2] << 8 | field[3];
     return 0;
 }
 

@@ -1,7 +1,9 @@
-// Serial transport on POSIX terminals: raw 8N1 at the record's baud rate.
-// Reads and writes block until the whole count is done, with no time limit.
+// Serial transport on POSIX terminals: raw 8N1 at the record's baud rate, no flow
+// control, the port held exclusively. Reads and writes block until the whole count
+// is done, with no time limit unless kvn_ext_apply_timeouts_to_serial() bounds them.
 #include <fcntl.h>
-#include <sys/uio.h>
+#include <sys/file.h>
+#include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -10,6 +12,7 @@
 
 #include "kvnsdk2.h"
 #include "link/config.h"
+#include "link/posix/wait.h"
 #include "link/transport.h"
 
 namespace kvn {
@@ -87,52 +90,108 @@ bool to_path(const wchar_t* name, char* out, size_t size) noexcept {
     return n > 0;
 }
 
+int32_t fail(int err, int32_t rc) noexcept {
+    set_os_error(err);
+    return rc;
+}
+
 // Closes a port that failed to open fully; the record must not keep a descriptor
 // that the system may hand out again.
-int32_t fail_open(kvn_device_conn* conn, int fd, int32_t rc) noexcept {
+int32_t fail_open(kvn_device_conn* conn, int fd, int err, int32_t rc) noexcept {
     ::close(fd);
     conn->link.serial_handle = -1;
-    return rc;
+    return fail(err, rc);
 }
 
 int32_t serial_open(kvn_device_conn* conn) noexcept {
     char path[1024];
     conn->link.serial_handle = -1;
     if (conn->serial_port == nullptr || !to_path(conn->serial_port, path, sizeof path)) {
-        return KVN_E_CONNECTION_FAILED;
+        return fail(EINVAL, KVN_E_CONNECTION_FAILED);
     }
+    // Non-blocking, so that a port waiting for carrier detect cannot hold the open;
+    // the flag is cleared once CLOCAL is set.
     int fd;
     do {
-        fd = ::open(path, O_RDWR | O_NOCTTY | O_CLOEXEC);
+        fd = ::open(path, O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK);
     } while (fd < 0 && errno == EINTR);
     conn->link.serial_handle = fd;
-    if (fd < 0) return KVN_E_CONNECTION_FAILED;
+    if (fd < 0) return fail(errno, KVN_E_CONNECTION_FAILED);
 
     termios tio;
-    if (::tcgetattr(fd, &tio) != 0) return fail_open(conn, fd, KVN_E_CONNECTION_FAILED);
+    if (::tcgetattr(fd, &tio) != 0) return fail_open(conn, fd, errno, KVN_E_CONNECTION_FAILED);
+    // The port is ours alone, as with share mode 0 on Windows: TIOCEXCL refuses later
+    // opens by other programs (root excepted), the lock refuses other connections of
+    // any program that locks, root's included. A port already held is a failed open;
+    // a device that takes no locks at all still has TIOCEXCL.
+    if (::flock(fd, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
+        return fail_open(conn, fd, EBUSY, KVN_E_CONNECTION_FAILED);
+    }
+    if (::ioctl(fd, TIOCEXCL) != 0) return fail_open(conn, fd, errno, KVN_E_CONNECTION_FAILED);
+
     // A configuration the port refuses is a write failure (-3), unlike a port
     // that cannot be opened or queried (-5).
     speed_t speed;
-    if (!baud_code(conn->baud_rate, &speed)) return fail_open(conn, fd, KVN_E_WRITE_TIMEOUT);
+    if (!baud_code(conn->baud_rate, &speed)) return fail_open(conn, fd, EINVAL, KVN_E_WRITE_TIMEOUT);
     ::cfmakeraw(&tio);
     tio.c_cflag &= ~static_cast<tcflag_t>(CSIZE | PARENB | CSTOPB);
+#ifdef CRTSCTS
+    tio.c_cflag &= ~static_cast<tcflag_t>(CRTSCTS);  // no hardware flow control
+#endif
     tio.c_cflag |= CS8 | CLOCAL | CREAD;
+    tio.c_iflag &= ~static_cast<tcflag_t>(IXON | IXOFF | IXANY);  // nor software flow control
     tio.c_cc[VMIN] = 1;
     tio.c_cc[VTIME] = 0;
     if (::cfsetispeed(&tio, speed) != 0 || ::cfsetospeed(&tio, speed) != 0 || ::tcsetattr(fd, TCSANOW, &tio) != 0) {
-        return fail_open(conn, fd, KVN_E_WRITE_TIMEOUT);
+        return fail_open(conn, fd, errno, KVN_E_WRITE_TIMEOUT);
     }
+    // tcsetattr succeeds when any part of the request took; the speed must have.
+    termios got;
+    if (::tcgetattr(fd, &got) != 0) return fail_open(conn, fd, errno, KVN_E_WRITE_TIMEOUT);
+    const speed_t in = ::cfgetispeed(&got);
+    if (::cfgetospeed(&got) != speed || (in != speed && in != 0)) {
+        return fail_open(conn, fd, EINVAL, KVN_E_WRITE_TIMEOUT);
+    }
+    const int flags = ::fcntl(fd, F_GETFL, 0);
+    if (flags < 0 || ::fcntl(fd, F_SETFL, flags & ~O_NONBLOCK) != 0) {
+        return fail_open(conn, fd, errno, KVN_E_WRITE_TIMEOUT);
+    }
+    // Bytes that reached the port before this connection are no answer to it.
+    ::tcflush(fd, TCIFLUSH);
+    set_os_error(0);
     return 0;
 }
 
 int32_t serial_close(kvn_device_conn* conn) noexcept {
-    if (conn->link.serial_handle >= 0) ::close(conn->link.serial_handle);
+    const int fd = conn->link.serial_handle;
+    if (fd < 0) return 0;
+    // Exclusivity belongs to the terminal, not the descriptor: give it up, or the next
+    // open would be refused while another program keeps the line open.
+    ::ioctl(fd, TIOCNXCL);
+    set_os_error(::close(fd) == 0 ? 0 : errno);
     return 0;
+}
+
+// Per-chunk limit of a serial wait: 0 without limit (the default for serial lines).
+int serial_limit(int32_t configured) noexcept { return serial_timeouts() ? configured : 0; }
+
+int32_t write_failed(ssize_t w, int err) noexcept {
+    diagnostic("\n Error in write is %d and errno is %d\n", static_cast<int>(w < 0 ? 0 : w), err);
+    return fail(err, KVN_E_WRITE_TIMEOUT);
 }
 
 int32_t serial_send(kvn_conn_link* link, const ConstBuf* parts, size_t count) noexcept {
     const int fd = link->serial_handle;
-    for (size_t i = 0; i < count; ++i) {
+    // A bounded write must not block inside write() for longer than its limit, so it
+    // runs non-blocking and waits with poll() when the line's queue is full.
+    const int limit = serial_limit(write_timeout_ms());
+    int flags = -1;
+    if (limit > 0) {
+        flags = ::fcntl(fd, F_GETFL, 0);
+        if (flags < 0 || ::fcntl(fd, F_SETFL, flags | O_NONBLOCK) != 0) return write_failed(-1, errno);
+    }
+    int32_t rc = 0;
+    for (size_t i = 0; i < count && rc == 0; ++i) {
         uint32_t sent = 0;
         while (sent < parts[i].size) {
             const ssize_t w = ::write(fd, parts[i].data + sent, parts[i].size - sent);
@@ -141,27 +200,36 @@ int32_t serial_send(kvn_conn_link* link, const ConstBuf* parts, size_t count) no
                 continue;
             }
             if (w < 0 && errno == EINTR) continue;
-            const int err = errno;
-            diagnostic("\n Error in write is %d and errno is %d\n", static_cast<int>(w < 0 ? 0 : w), err);
-            return KVN_E_WRITE_TIMEOUT;
+            if (w < 0 && (errno == EAGAIN || errno == EWOULDBLOCK) && posix::wait_ready(fd, POLLOUT, limit) == 1) {
+                continue;
+            }
+            rc = write_failed(w, w == 0 ? EIO : errno);
+            break;
         }
     }
-    return 0;
+    if (flags >= 0) ::fcntl(fd, F_SETFL, flags);
+    if (rc == 0) set_os_error(0);
+    return rc;
 }
 
 int32_t serial_receive(kvn_conn_link* link, uint8_t* buffer, uint32_t count) noexcept {
     const int fd = link->serial_handle;
+    const int limit = serial_limit(read_timeout_ms());
     uint32_t received = 0;
     while (received < count) {
+        if (limit > 0 && posix::wait_ready(fd, POLLIN, limit) != 1) return fail(errno, KVN_E_READ_TIMEOUT);
         const ssize_t r = ::read(fd, buffer + received, count - received);
         if (r > 0) {
             received += static_cast<uint32_t>(r);
             continue;
         }
-        if (r < 0 && errno == EINTR) continue;
         // 0 is a hang-up here (the blocking read returns at least one byte otherwise).
-        return KVN_E_READ_TIMEOUT;
+        if (r == 0) return fail(EIO, KVN_E_READ_TIMEOUT);
+        if (errno == EINTR) continue;
+        if ((errno == EAGAIN || errno == EWOULDBLOCK) && posix::wait_ready(fd, POLLIN, limit) == 1) continue;
+        return fail(errno, KVN_E_READ_TIMEOUT);
     }
+    set_os_error(0);
     return 0;
 }
 

@@ -28,37 +28,48 @@ constexpr int kSendFlags = MSG_NOSIGNAL | MSG_DONTWAIT;
 constexpr int kSendFlags = MSG_DONTWAIT;  // SO_NOSIGPIPE is set on the socket instead
 #endif
 
+// Connects, waiting at most limit_ms (0: as long as the platform lets it): 0, or
+// the errno value of the failure (ETIMEDOUT when the limit passed).
 int connect_with_limit(int fd, const sockaddr_in& addr, int limit_ms) noexcept {
     const auto* sa = reinterpret_cast<const sockaddr*>(&addr);
-    if (limit_ms <= 0) {
-        if (::connect(fd, sa, sizeof addr) == 0) return 0;
-        if (errno != EINTR) return -1;
-        // An interrupted connect goes on in the background; wait for its outcome.
-        if (posix::wait_ready(fd, POLLOUT, -1) != 1) return -1;
+    auto outcome = [fd](int wait) noexcept {
+        if (wait != 1) return wait == 0 ? ETIMEDOUT : errno;
         int err = 0;
         socklen_t len = sizeof err;
-        return (::getsockopt(fd, SOL_SOCKET, SO_ERROR, &err, &len) == 0 && err == 0) ? 0 : -1;
+        if (::getsockopt(fd, SOL_SOCKET, SO_ERROR, &err, &len) != 0) return errno;
+        return err;
+    };
+    if (limit_ms <= 0) {
+        if (::connect(fd, sa, sizeof addr) == 0) return 0;
+        if (errno != EINTR) return errno;
+        // An interrupted connect goes on in the background; wait for its outcome.
+        return outcome(posix::wait_ready(fd, POLLOUT, 0));
     }
     const int flags = ::fcntl(fd, F_GETFL, 0);
-    if (flags < 0 || ::fcntl(fd, F_SETFL, flags | O_NONBLOCK) != 0) return -1;
-    int r = ::connect(fd, sa, sizeof addr);
-    if (r != 0 && (errno == EINPROGRESS || errno == EINTR)) {
-        r = -1;
-        if (posix::wait_ready(fd, POLLOUT, limit_ms) == 1) {
-            int err = 0;
-            socklen_t len = sizeof err;
-            if (::getsockopt(fd, SOL_SOCKET, SO_ERROR, &err, &len) == 0 && err == 0) r = 0;
-        }
+    if (flags < 0 || ::fcntl(fd, F_SETFL, flags | O_NONBLOCK) != 0) return errno;
+    int err = 0;
+    if (::connect(fd, sa, sizeof addr) != 0) {
+        err = errno;
+        if (err == EINPROGRESS || err == EINTR) err = outcome(posix::wait_ready(fd, POLLOUT, limit_ms));
     }
     ::fcntl(fd, F_SETFL, flags);
-    return r == 0 ? 0 : -1;
+    return err;
+}
+
+int32_t fail(int err, int32_t rc) noexcept {
+    set_os_error(err);
+    return rc;
 }
 
 int32_t tcp_open(kvn_device_conn* conn) noexcept {
+#if defined(SOCK_CLOEXEC)
+    const int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+#else
     const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
+    if (fd >= 0) ::fcntl(fd, F_SETFD, FD_CLOEXEC);
+#endif
     conn->link.socket = fd;  // stored before connecting: close releases it even after a failure
-    if (fd < 0) return KVN_E_CONNECTION_FAILED;
-    ::fcntl(fd, F_SETFD, FD_CLOEXEC);
+    if (fd < 0) return fail(errno, KVN_E_CONNECTION_FAILED);
     const int one = 1;
     ::setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
 #if !defined(MSG_NOSIGNAL) && defined(SO_NOSIGPIPE)
@@ -69,18 +80,23 @@ int32_t tcp_open(kvn_device_conn* conn) noexcept {
     addr.sin_family = AF_INET;
     addr.sin_port = htons(conn->port);
     addr.sin_addr.s_addr = conn->ip_address != nullptr ? ::inet_addr(conn->ip_address) : INADDR_NONE;
-    if (connect_with_limit(fd, addr, connect_timeout_ms()) != 0) return KVN_E_CONNECTION_FAILED;
+    if (const int err = connect_with_limit(fd, addr, connect_timeout_ms()); err != 0) {
+        return fail(err, KVN_E_CONNECTION_FAILED);
+    }
+    set_os_error(0);
     return 0;
 }
 
 int32_t tcp_close(kvn_device_conn* conn) noexcept {
     // The stored descriptor is left as it is; closing twice is the caller's error.
-    return ::close(conn->link.socket) == 0 ? 0 : -1;
+    if (::close(conn->link.socket) != 0) return fail(errno, -1);
+    set_os_error(0);
+    return 0;
 }
 
 int32_t tcp_send(kvn_conn_link* link, const ConstBuf* parts, size_t count) noexcept {
     constexpr size_t kMaxParts = 8;
-    if (count > kMaxParts) return KVN_E_WRITE_TIMEOUT;
+    if (count > kMaxParts) return fail(EINVAL, KVN_E_WRITE_TIMEOUT);
     iovec iov[kMaxParts];
     size_t n = 0;
     for (size_t i = 0; i < count; ++i) {
@@ -109,12 +125,12 @@ int32_t tcp_send(kvn_conn_link* link, const ConstBuf* parts, size_t count) noexc
             }
             continue;
         }
-        if (sent < 0 && errno == EINTR) continue;
-        if (sent < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) {
-            if (posix::wait_ready(fd, POLLOUT, write_timeout_ms()) == 1) continue;
-        }
-        return KVN_E_WRITE_TIMEOUT;
+        if (sent == 0) return fail(EIO, KVN_E_WRITE_TIMEOUT);
+        if (errno == EINTR) continue;
+        if (errno != EAGAIN && errno != EWOULDBLOCK) return fail(errno, KVN_E_WRITE_TIMEOUT);
+        if (posix::wait_ready(fd, POLLOUT, write_timeout_ms()) != 1) return fail(errno, KVN_E_WRITE_TIMEOUT);
     }
+    set_os_error(0);
     return 0;
 }
 
@@ -127,11 +143,12 @@ int32_t tcp_receive(kvn_conn_link* link, uint8_t* buffer, uint32_t count) noexce
             received += static_cast<uint32_t>(r);
             continue;
         }
-        if (r == 0) return KVN_E_READ_TIMEOUT;  // the peer closed the connection
+        if (r == 0) return fail(ECONNRESET, KVN_E_READ_TIMEOUT);  // the peer closed the connection
         if (errno == EINTR) continue;
-        if (errno != EAGAIN && errno != EWOULDBLOCK) return KVN_E_READ_TIMEOUT;
-        if (posix::wait_ready(fd, POLLIN, read_timeout_ms()) != 1) return KVN_E_READ_TIMEOUT;
+        if (errno != EAGAIN && errno != EWOULDBLOCK) return fail(errno, KVN_E_READ_TIMEOUT);
+        if (posix::wait_ready(fd, POLLIN, read_timeout_ms()) != 1) return fail(errno, KVN_E_READ_TIMEOUT);
     }
+    set_os_error(0);
     return 0;
 }
 

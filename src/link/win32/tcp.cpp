@@ -1,7 +1,13 @@
 // TCP transport on Windows Sockets 2.
 //
 // Every open starts the socket library once (version 2.2) and every close cleans
-// it up once, so opens and closes must pair; the platform counts them.
+// it up once, so opens and closes must pair; the platform counts them. An open that
+// fails before it has a socket cleans up itself and stores INVALID_SOCKET.
+//
+// The socket is non-blocking once connected. Reads and writes try it first and wait
+// with select() only when it would block, each wait bounded by the per-chunk limit:
+// a blocking send of a large frame would wait inside the call, with no limit, for a
+// terminal that has stopped reading.
 #include <winsock2.h>
 #include <ws2tcpip.h>
 
@@ -14,53 +20,68 @@
 namespace kvn {
 namespace {
 
-timeval limit_of(int32_t ms) noexcept {
+int32_t fail(int err, int32_t rc) noexcept {
+    set_os_error(err);
+    return rc;
+}
+
+// 1 ready, 0 time limit passed (WSAETIMEDOUT), -1 error (WSAGetLastError() says
+// which). A limit of 0 or below waits without limit.
+int wait_ready(SOCKET s, bool for_write, int32_t ms, int* err) noexcept {
+    fd_set set, errors;
+    FD_ZERO(&set);
+    FD_ZERO(&errors);
+    FD_SET(s, &set);
+    FD_SET(s, &errors);
     timeval tv;
     tv.tv_sec = static_cast<long>(ms / 1000);
     tv.tv_usec = static_cast<long>((ms % 1000) * 1000);
-    return tv;
-}
-
-// 1 ready, 0 time limit passed, -1 error.
-int wait_ready(SOCKET s, bool for_write, int32_t ms) noexcept {
-    fd_set set;
-    FD_ZERO(&set);
-    FD_SET(s, &set);
-    timeval tv = limit_of(ms);
-    const int r = ::select(0, for_write ? nullptr : &set, for_write ? &set : nullptr, nullptr, &tv);
-    return r == SOCKET_ERROR ? -1 : (r > 0 ? 1 : 0);
-}
-
-int connect_with_limit(SOCKET s, const sockaddr_in& addr, int32_t ms) noexcept {
-    const auto* sa = reinterpret_cast<const sockaddr*>(&addr);
-    if (ms <= 0) return ::connect(s, sa, sizeof addr) == SOCKET_ERROR ? -1 : 0;
-    u_long nonblocking = 1;
-    if (::ioctlsocket(s, FIONBIO, &nonblocking) != 0) return -1;
-    int r = ::connect(s, sa, sizeof addr);
-    if (r == SOCKET_ERROR && ::WSAGetLastError() == WSAEWOULDBLOCK) {
-        fd_set wset, eset;
-        FD_ZERO(&wset);
-        FD_ZERO(&eset);
-        FD_SET(s, &wset);
-        FD_SET(s, &eset);
-        timeval tv = limit_of(ms);
-        r = (::select(0, nullptr, &wset, &eset, &tv) > 0 && FD_ISSET(s, &wset)) ? 0 : -1;
+    // A failed connect shows in the error set; anything else there surfaces at the
+    // next send or recv.
+    const int r = ::select(0, for_write ? nullptr : &set, for_write ? &set : nullptr, &errors, ms > 0 ? &tv : nullptr);
+    if (r == SOCKET_ERROR) {
+        *err = ::WSAGetLastError();
+        return -1;
     }
-    nonblocking = 0;
-    ::ioctlsocket(s, FIONBIO, &nonblocking);
-    return r == 0 ? 0 : -1;
+    if (r == 0) {
+        *err = WSAETIMEDOUT;
+        return 0;
+    }
+    return 1;
+}
+
+// Connects within ms (0: as long as the platform lets it) and leaves the socket
+// non-blocking: 0, or the Windows Sockets error.
+int connect_with_limit(SOCKET s, const sockaddr_in& addr, int32_t ms) noexcept {
+    u_long nonblocking = 1;
+    if (::ioctlsocket(s, FIONBIO, &nonblocking) != 0) return ::WSAGetLastError();
+    if (::connect(s, reinterpret_cast<const sockaddr*>(&addr), sizeof addr) == 0) return 0;
+    int err = ::WSAGetLastError();
+    if (err != WSAEWOULDBLOCK) return err;
+    if (wait_ready(s, true, ms, &err) != 1) return err;
+    int so_error = 0;
+    int len = sizeof so_error;
+    if (::getsockopt(s, SOL_SOCKET, SO_ERROR, reinterpret_cast<char*>(&so_error), &len) != 0) {
+        return ::WSAGetLastError();
+    }
+    return so_error;
 }
 
 WSADATA g_wsa;  // one start-up data block serves every open
 
 int32_t tcp_open(kvn_device_conn* conn) noexcept {
-    if (::WSAStartup(MAKEWORD(2, 2), &g_wsa) != 0) {
+    conn->link.socket = static_cast<kvn_socket_t>(INVALID_SOCKET);
+    if (const int err = ::WSAStartup(MAKEWORD(2, 2), &g_wsa); err != 0) {
         diagnostic("Failed. Error Code : %d", ::WSAGetLastError());
-        return KVN_E_CONNECTION_FAILED;
+        return fail(err, KVN_E_CONNECTION_FAILED);
     }
     const SOCKET s = ::socket(AF_INET, SOCK_STREAM, 0);
+    if (s == INVALID_SOCKET) {
+        const int err = ::WSAGetLastError();
+        ::WSACleanup();
+        return fail(err, KVN_E_CONNECTION_FAILED);
+    }
     conn->link.socket = static_cast<kvn_socket_t>(s);  // stored before connecting: close releases it
-    if (s == INVALID_SOCKET) return KVN_E_CONNECTION_FAILED;
     const BOOL one = TRUE;
     ::setsockopt(s, IPPROTO_TCP, TCP_NODELAY, reinterpret_cast<const char*>(&one), sizeof one);
     sockaddr_in addr;
@@ -68,19 +89,25 @@ int32_t tcp_open(kvn_device_conn* conn) noexcept {
     addr.sin_family = AF_INET;
     addr.sin_port = ::htons(conn->port);
     addr.sin_addr.s_addr = conn->ip_address != nullptr ? ::inet_addr(conn->ip_address) : INADDR_NONE;
-    if (connect_with_limit(s, addr, connect_timeout_ms()) != 0) return KVN_E_CONNECTION_FAILED;
+    if (const int err = connect_with_limit(s, addr, connect_timeout_ms()); err != 0) {
+        return fail(err, KVN_E_CONNECTION_FAILED);
+    }
+    set_os_error(0);
     return 0;
 }
 
 int32_t tcp_close(kvn_device_conn* conn) noexcept {
-    const int r = ::closesocket(static_cast<SOCKET>(conn->link.socket));
+    const SOCKET s = static_cast<SOCKET>(conn->link.socket);
+    if (s == INVALID_SOCKET) return fail(WSAENOTSOCK, -1);  // the failed open cleaned up already
+    const int r = ::closesocket(s);
+    const int err = r == 0 ? 0 : ::WSAGetLastError();
     ::WSACleanup();
-    return r == 0 ? 0 : -1;
+    return r == 0 ? fail(0, 0) : fail(err, -1);
 }
 
 int32_t tcp_send(kvn_conn_link* link, const ConstBuf* parts, size_t count) noexcept {
     constexpr size_t kMaxParts = 8;
-    if (count > kMaxParts) return KVN_E_WRITE_TIMEOUT;
+    if (count > kMaxParts) return fail(WSAEINVAL, KVN_E_WRITE_TIMEOUT);
     WSABUF bufs[kMaxParts];
     DWORD n = 0;
     for (size_t i = 0; i < count; ++i) {
@@ -92,11 +119,16 @@ int32_t tcp_send(kvn_conn_link* link, const ConstBuf* parts, size_t count) noexc
     const SOCKET s = static_cast<SOCKET>(link->socket);
     WSABUF* next = bufs;
     while (n > 0) {
-        if (wait_ready(s, true, write_timeout_ms()) != 1) return KVN_E_WRITE_TIMEOUT;
         DWORD sent = 0;
-        if (::WSASend(s, next, n, &sent, 0, nullptr, nullptr) == SOCKET_ERROR || sent == 0) {
-            return KVN_E_WRITE_TIMEOUT;
+        if (::WSASend(s, next, n, &sent, 0, nullptr, nullptr) == SOCKET_ERROR) {
+            int err = ::WSAGetLastError();
+            if (err == WSAEINTR) continue;
+            if (err != WSAEWOULDBLOCK || wait_ready(s, true, write_timeout_ms(), &err) != 1) {
+                return fail(err, KVN_E_WRITE_TIMEOUT);
+            }
+            continue;
         }
+        if (sent == 0) return fail(WSAECONNRESET, KVN_E_WRITE_TIMEOUT);
         while (n > 0 && sent >= next->len) {
             sent -= next->len;
             ++next;
@@ -107,6 +139,7 @@ int32_t tcp_send(kvn_conn_link* link, const ConstBuf* parts, size_t count) noexc
             next->len -= sent;
         }
     }
+    set_os_error(0);
     return 0;
 }
 
@@ -114,13 +147,21 @@ int32_t tcp_receive(kvn_conn_link* link, uint8_t* buffer, uint32_t count) noexce
     const SOCKET s = static_cast<SOCKET>(link->socket);
     uint32_t received = 0;
     while (received < count) {
-        if (wait_ready(s, false, read_timeout_ms()) != 1) return KVN_E_READ_TIMEOUT;
         const uint32_t want = count - received;
         const int r = ::recv(s, reinterpret_cast<char*>(buffer + received),
                              static_cast<int>(want > 0x7FFFFFFFu ? 0x7FFFFFFFu : want), 0);
-        if (r <= 0) return KVN_E_READ_TIMEOUT;
-        received += static_cast<uint32_t>(r);
+        if (r > 0) {
+            received += static_cast<uint32_t>(r);
+            continue;
+        }
+        if (r == 0) return fail(WSAECONNRESET, KVN_E_READ_TIMEOUT);  // the peer closed the connection
+        int err = ::WSAGetLastError();
+        if (err == WSAEINTR) continue;
+        if (err != WSAEWOULDBLOCK || wait_ready(s, false, read_timeout_ms(), &err) != 1) {
+            return fail(err, KVN_E_READ_TIMEOUT);
+        }
     }
+    set_os_error(0);
     return 0;
 }
 
