@@ -11,14 +11,6 @@ namespace {
 using namespace row;
 constexpr uint32_t kBuffer = cmd::kSmallBuffer;
 
-static_assert(sizeof(kvn_card_serial_number) == 68, "card serial number record");
-static_assert(sizeof(kvn_csn_setting) == 8, "CSN record");
-static_assert(sizeof(kvn_smart_card_access_keys) == 64, "access keys record");
-static_assert(sizeof(kvn_mifare_cards_layout) == 512, "MIFARE layout record");
-static_assert(sizeof(kvn_hid_cards_layout) == 521, "HID layout record");
-static_assert(sizeof(kvn_desfire_settings) == 12, "DESFire record");
-static_assert(sizeof(kvn_key_manipulation_flags) == 12, "key manipulation record");
-
 // Serial numbers: up to 64 bytes as they come, a longer value cut to 64.
 constexpr Field kCardSerial[] = {
     bytes(12, KVN_MEMBER(kvn_card_serial_number, serial)),

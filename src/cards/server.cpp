@@ -9,8 +9,6 @@ namespace {
 using namespace row;
 constexpr uint32_t kBuffer = cmd::kSmallBuffer;
 
-static_assert(sizeof(kvn_srl_server_settings) == 1032, "SRL server record");
-
 // The text, third in the record, goes out last, even when empty; a read copies up
 // to the whole field without terminating it.
 constexpr Field kSrl[] = {

@@ -7,10 +7,6 @@
 #include "settings/command.h"
 #include "users/user_record.h"
 
-static_assert(sizeof(kvn_smart_card_data) == 16300, "kvn_smart_card_data is 16300 bytes");
-static_assert(sizeof(kvn_smart_card_raw_data) == 2 * sizeof(void*), "kvn_smart_card_raw_data is a pointer and a length");
-static_assert(sizeof(kvn_revoked_card_list) == 3 + 256 * 64, "kvn_revoked_card_list is 16387 bytes");
-
 namespace kvn {
 namespace {
 

@@ -8,11 +8,6 @@ namespace {
 
 using namespace row;
 
-static_assert(sizeof(kvn_time_attendance_entry) == 8, "attendance entry layout");
-static_assert(sizeof(kvn_time_attendance_setting) == 2008, "attendance settings layout");
-static_assert(sizeof(kvn_job_code) == 56, "job code layout");
-static_assert(sizeof(kvn_job_code_list) == 1792, "job code list layout");
-
 #define TA(member) KVN_MEMBER(kvn_time_attendance_setting, member)
 
 // Item i is slot i of three parallel arrays: the list has no entry record of its

@@ -14,12 +14,6 @@ namespace {
 
 using namespace row;
 
-static_assert(sizeof(kvn_device_info) == 1468, "kvn_device_info layout");
-static_assert(sizeof(kvn_product_info) == 56, "kvn_product_info layout");
-static_assert(sizeof(kvn_device_debug_log) == 8, "kvn_device_debug_log layout");
-static_assert(sizeof(kvn_device_security) == 16, "kvn_device_security layout");
-static_assert(sizeof(kvn_device_date_time) == 1036, "kvn_device_date_time layout");
-static_assert(sizeof(kvn_device_vnc_setting) == 22, "kvn_device_vnc_setting layout");
 // The status is read by the security table.
 static_assert(sizeof(kvn_device_status) == sizeof(kvn_device_security) &&
                   offsetof(kvn_device_status, value) == offsetof(kvn_device_security, value) &&

@@ -13,10 +13,6 @@ namespace {
 
 using namespace row;
 
-static_assert(sizeof(kvn_ethernet_setting) == 108, "kvn_ethernet_setting layout");
-static_assert(sizeof(kvn_serial_setting) == 16, "kvn_serial_setting layout");
-static_assert(sizeof(kvn_usb_auxiliary_setting) == 4, "kvn_usb_auxiliary_setting layout");
-
 #define ETH(member) KVN_MEMBER(kvn_ethernet_setting, member)
 constexpr Gate kStaticAddresses = is_not(ETH(address_mode), 1);
 constexpr Field kEthernet[] = {

@@ -8,10 +8,6 @@ namespace {
 
 using namespace row;
 
-static_assert(sizeof(kvn_specific_purpose_input_setting) == 36, "input settings layout");
-static_assert(sizeof(kvn_specific_purpose_output_entry) == 20, "output entry layout");
-static_assert(sizeof(kvn_specific_purpose_output_setting) == 184, "output settings layout");
-
 // Three inputs, each value A, flag, value B: the tags interleave in record order.
 #define IN(member) KVN_MEMBER(kvn_specific_purpose_input_setting, member)
 constexpr Field kInput[] = {

@@ -8,10 +8,6 @@ namespace {
 
 using namespace row;
 
-static_assert(sizeof(kvn_voip_setting) == 1096, "VoIP settings layout");
-static_assert(sizeof(kvn_voip_contact) == 48, "VoIP contact layout");
-static_assert(sizeof(kvn_voip_contact_list) == 480, "VoIP contact list layout");
-
 // The contact list travels in the large buffer.
 constexpr uint32_t kContactBuffer = 204800;
 

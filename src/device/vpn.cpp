@@ -14,11 +14,6 @@ namespace {
 
 using namespace row;
 
-static_assert(sizeof(kvn_vpn_profile) == 680, "kvn_vpn_profile layout");
-static_assert(sizeof(kvn_vpn_status) == 20, "kvn_vpn_status layout");
-static_assert(sizeof(kvn_vpn_cert_list) == 13057, "kvn_vpn_cert_list layout");
-static_assert(sizeof(kvn_vpn_certificate_install) == 1011, "kvn_vpn_certificate_install layout");
-
 constexpr uint32_t kBuffer = cmd::kSmallBuffer;
 
 // All sixteen elements in record order, empty texts too; a read takes at most 50

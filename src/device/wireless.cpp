@@ -12,16 +12,6 @@ namespace {
 
 using namespace row;
 
-static_assert(sizeof(kvn_ssl_setting) == 92, "kvn_ssl_setting layout");
-static_assert(sizeof(kvn_ssl_cert_list) == 13057, "kvn_ssl_cert_list layout");
-static_assert(sizeof(kvn_system_notification_setting) == 1028, "kvn_system_notification_setting layout");
-static_assert(sizeof(kvn_wifi_status) == 1, "kvn_wifi_status layout");
-static_assert(sizeof(kvn_wifi_connect_setting) == 178, "kvn_wifi_connect_setting layout");
-static_assert(sizeof(kvn_wifi_connection_info) == 114, "kvn_wifi_connection_info layout");
-static_assert(sizeof(kvn_wifi_scan_entry) == 136, "kvn_wifi_scan_entry layout");
-static_assert(sizeof(kvn_wifi_network_info) == 224, "kvn_wifi_network_info layout");
-static_assert(sizeof(kvn_ethernet_security_setting) == 344, "kvn_ethernet_security_setting layout");
-
 // Tag 3 always goes first; a non-zero value 6 is sent alone after it, otherwise
 // the name and the secret follow, empty or not. The secret never comes back.
 #define SSL(member) KVN_MEMBER(kvn_ssl_setting, member)

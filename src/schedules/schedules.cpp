@@ -9,15 +9,6 @@ namespace {
 
 using namespace row;
 
-static_assert(sizeof(kvn_day_schedule) == 8, "day schedule layout");
-static_assert(sizeof(kvn_week_schedule) == 60, "week schedule layout");
-static_assert(sizeof(kvn_holiday) == 64, "holiday layout");
-static_assert(sizeof(kvn_holiday_schedule) == 3256, "holiday schedule layout");
-static_assert(sizeof(kvn_holiday_schedule_table) == 208384, "holiday schedule table layout");
-static_assert(sizeof(kvn_access_schedule) == 112, "access schedule layout");
-static_assert(sizeof(kvn_access_schedule_table) == 7176, "access schedule table layout");
-static_assert(sizeof(kvn_access_schedule_name_list) == 3264, "access schedule name list layout");
-
 constexpr uint32_t kTableBuffer = 204800;      // holiday and access tables
 constexpr uint32_t kNameListBuffer = 51200;    // access schedule names
 constexpr int32_t kBadIndex = KVN_E_INVALID_VALUE_RECEIVED;

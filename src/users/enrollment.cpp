@@ -7,11 +7,6 @@
 #include "settings/command.h"
 #include "users/user_record.h"
 
-static_assert(sizeof(kvn_enrollment_request) == 176, "kvn_enrollment_request is 176 bytes");
-static_assert(sizeof(kvn_identify_request) == 206452, "kvn_identify_request is 206452 bytes");
-static_assert(sizeof(kvn_verify_result) == 8, "kvn_verify_result is 8 bytes");
-static_assert(sizeof(kvn_verify_template_request) == 24, "kvn_verify_template_request is 24 bytes");
-static_assert(sizeof(kvn_verify_user_id_request) == 72, "kvn_verify_user_id_request is 72 bytes");
 static_assert(offsetof(kvn_verify_user_record_request, record) == offsetof(kvn_user_store_request, record),
               "verification by record starts as a store request does");
 

@@ -7,12 +7,6 @@
 #include "settings/command.h"
 #include "users/user_record.h"
 
-static_assert(sizeof(kvn_user_template) == 1580, "kvn_user_template is 1580 bytes");
-static_assert(sizeof(kvn_user_record) == 16232, "kvn_user_record is 16232 bytes");
-static_assert(sizeof(kvn_user_store_result) == 84, "kvn_user_store_result is 84 bytes");
-static_assert(sizeof(kvn_user_store_request) == 2 * sizeof(void*), "kvn_user_store_request is two pointers");
-static_assert(sizeof(kvn_user_template_indexes) == 75, "kvn_user_template_indexes is 75 bytes");
-
 namespace kvn {
 namespace {
 

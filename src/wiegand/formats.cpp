@@ -11,9 +11,6 @@ namespace {
 using namespace row;
 constexpr uint32_t kBuffer = cmd::kSmallBuffer;
 
-static_assert(sizeof(kvn_wiegand_format) == 900, "Wiegand format record");
-static_assert(sizeof(kvn_wiegand_format_list) == 1041, "Wiegand format list record");
-
 #define FORMAT(member) KVN_MEMBER(kvn_wiegand_format, member)
 constexpr Field kType0[] = {u32(2, FORMAT(wiegand_type)), u8(3, FORMAT(format_id)), u8(5, FORMAT(attr_t05))};
 constexpr Field kType1[] = {

@@ -10,11 +10,6 @@ namespace {
 using namespace row;
 constexpr uint32_t kBuffer = cmd::kSmallBuffer;
 
-static_assert(sizeof(kvn_wiegand_input_setting) == 16, "Wiegand input record");
-static_assert(sizeof(kvn_wiegand_output_setting) == 20, "Wiegand output record");
-static_assert(sizeof(kvn_wiegand_pulse_setting) == 4, "Wiegand pulse record");
-static_assert(sizeof(kvn_multi_wiegand_input_setting) == 92, "multi-input Wiegand record");
-
 #define INPUT(member) KVN_MEMBER(kvn_wiegand_input_setting, member)
 constexpr Field kInput[] = {u8(3, INPUT(attr_t03)), u32(9, INPUT(attr_t09)), u32(29, INPUT(attr_t29)),
                             u8(1, INPUT(attr_t01))};
