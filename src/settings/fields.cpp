@@ -155,6 +155,7 @@ struct Level {
     tlv::Empty empty;
     int32_t remembered = 0;
     ListState lists[kMaxLists]{};
+    uint8_t* owner = nullptr;  // in a list entry: the record that holds the list (outer rows)
 };
 
 int32_t decode_level(Level& level, const uint8_t* p, uint32_t n) noexcept;
@@ -258,13 +259,15 @@ int32_t store_value(const Field& f, uint8_t* m, const uint8_t* v, uint32_t len, 
 
 // Stores one element into `base` by the row that carries its tag.
 int32_t store_row(Level& level, const Field& f, const uint8_t* v, uint32_t len) noexcept {
-    uint8_t* m = at(level.base, f, level.index);
+    uint8_t* m = f.outer_member ? (level.owner != nullptr ? level.owner + f.offset : nullptr) : at(level.base, f, level.index);
+    if (m == nullptr) return 0;
     switch (f.kind) {
         case Kind::record:
         case Kind::self: {
             if (level.depth + 1 > kMaxDepth) return -1;
             Level inner{f.kind == Kind::self ? level.desc : f.desc, f.kind == Kind::self ? level.base : m,
                         level.index, level.depth + 1, level.empty};
+            inner.owner = level.owner;
             const int32_t rc = decode_level(inner, v, len);
             if (rc == kStop) return kStop;
             if (f.copy == Copy::result) {
@@ -325,6 +328,7 @@ int32_t decode_level(Level& level, const uint8_t* p, uint32_t n) noexcept {
 int32_t decode_container(Level& level, const List& l, ListState& s, const uint8_t* v, uint32_t len) noexcept {
     if (level.depth + 1 > kMaxDepth) return -1;
     Level entry{l.entry, nullptr, 0, level.depth + 1, level.empty};
+    entry.owner = level.base;
     auto target = [&](uint32_t i) {
         entry.base = i < s.capacity ? entry_at(l, level.base, i) : nullptr;
         entry.index = i;
