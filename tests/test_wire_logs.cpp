@@ -1,0 +1,200 @@
+// Transaction logs, file transfer and user groups on the wire, against a loopback
+// peer: every export's requests (bytes derived by hand, one row each), the decoders
+// on answers in which every field carries a value of its own, and the transfer
+// rules: start answers that change the plan, packet failures, bounds, local files.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "kvnsdk2.h"
+#include "peer.h"
+
+using namespace kvntest;
+
+namespace {
+
+constexpr uint32_t kUpload = 0x00040002, kDownload = 0x00050002;
+
+struct Req {
+    uint32_t word, command;
+    Bytes payload;
+};
+
+// Runs `call` against a peer that answers the k-th request with answers[k] (a
+// status-only success beyond them) and records every request.
+std::vector<Req> converse(const Call& call, const std::vector<Bytes>& answers, int32_t* rc) {
+    std::vector<Req> seen;
+    std::mutex mu;
+    {
+        LoopbackPeer peer([&](sock_t s) {
+            for (size_t k = 0;; ++k) {
+                const Bytes r = read_request(s);
+                if (r.size() < 28) return;
+                {
+                    std::lock_guard<std::mutex> lock(mu);
+                    seen.push_back({get_le32(&r[8]), get_le32(&r[16]), Bytes(r.begin() + 24, r.end() - 4)});
+                }
+                write_bytes(s, k < answers.size() ? answers[k] : response(0));
+            }
+        });
+        kvn_device_conn c = peer.conn();
+        EXPECT_EQ(kvn_open_device_conn(&c), 0);
+        *rc = call(&c);
+        kvn_close_device_conn(&c);
+    }
+    return seen;
+}
+
+Bytes file_bytes(const char* path) {
+    Bytes b;
+    if (std::FILE* f = std::fopen(path, "rb")) {
+        for (int ch; (ch = std::fgetc(f)) != EOF;) b.push_back(uint8_t(ch));
+        std::fclose(f);
+    }
+    return b;
+}
+void write_file(const char* path, const Bytes& b) {
+    std::FILE* f = std::fopen(path, "wb");
+    ASSERT_NE(f, nullptr);
+    if (!b.empty()) std::fwrite(b.data(), 1, b.size(), f);
+    std::fclose(f);
+}
+Bytes pattern(size_t n) {
+    Bytes b(n);
+    for (size_t i = 0; i < n; ++i) b[i] = uint8_t(i * 7 + i / 65536);
+    return b;
+}
+kvn_file_transfer_request transfer(const char* local, const char* name, uint32_t type = 5) {
+    kvn_file_transfer_request r{};
+    r.file_type = type;
+    r.local_path = local;
+    std::snprintf(r.file_name, sizeof r.file_name, "%s", name);
+    return r;
+}
+
+// A journal entry with a value of its own in every field, and its elements.
+kvn_transaction_log entry(uint32_t k) {
+    kvn_transaction_log e{};
+    e.log_id = 0x700 + k, e.attr_t08 = 0x800 + k, e.attr_t09 = 0x900 + k, e.attr_t10 = 0xA00 + k;
+    e.attr_t11 = 0xB00 + k, e.attr_t21 = 0x2100 + k;
+    std::snprintf(e.text_t12, sizeof e.text_t12, "user %u", k);
+    std::snprintf(e.text_t13, sizeof e.text_t13, "text %u", k);
+    std::snprintf(e.text_t23, sizeof e.text_t23, "dev %u", k);
+    e.attr_t14 = uint8_t(0x14 + k), e.attr_t15 = uint8_t(0x15 + k), e.attr_t16 = 0x1600 + k;
+    e.attr_t17 = uint8_t(0x17 + k), e.attr_t18 = uint8_t(0x18 + k), e.attr_t19 = uint8_t(0x19 + k);
+    e.attr_t20 = 20260000 + k;
+    return e;
+}
+Bytes entry_bytes(uint32_t k) {
+    const std::string n = std::to_string(k);
+    return box(1, cat({u32(7, 0x700 + k), u32(8, 0x800 + k), u32(9, 0x900 + k), u32(10, 0xA00 + k),
+                       u32(11, 0xB00 + k), u32(21, 0x2100 + k), text(12, "user " + n), text(13, "text " + n),
+                       text(23, "dev " + n), u8(14, uint8_t(0x14 + k)), u8(15, uint8_t(0x15 + k)),
+                       u32(16, 0x1600 + k), u8(17, uint8_t(0x17 + k)), u8(18, uint8_t(0x18 + k)),
+                       u8(19, uint8_t(0x19 + k)), u32(20, 20260000 + k)}));
+}
+
+}  // namespace
+
+TEST(LogsWire, EveryExportsRequests) {
+    auto q = std::make_unique<kvn_transaction_log_query>();
+    auto all = std::make_unique<kvn_transaction_log_query>();  // every criterion set
+    all->attr_t02 = 0x22, all->attr_t03 = 0x33, all->attr_t04 = 0x44, all->attr_t05 = 0x55, all->attr_t11 = 0x1111;
+    std::strcpy(all->text_t12, "amy");
+    std::strcpy(all->text_t13, "door");
+    auto part = std::make_unique<kvn_transaction_log_query>();  // some criteria empty
+    part->attr_t02 = 0x22, part->attr_t03 = 0x33, part->attr_t05 = 0x55;
+    std::strcpy(part->text_t13, "in");
+    kvn_transaction_log_id_list ids{};
+    ids.count = 3, ids.log_ids[0] = 0x0A, ids.log_ids[1] = 0x0B0C, ids.log_ids[2] = 0xFFFFFFFE, ids.log_ids[3] = 9;
+    kvn_user_group g{0x0A0B, "night"};
+    auto page = std::make_unique<kvn_user_group_page>();
+    page->range_start = 3, page->range_end = 0x35;
+    write_file("wire_up.bin", {1, 2, 3});
+    const kvn_file_transfer_request up = transfer("wire_up.bin", "a.bin"), down = transfer("wire_down.bin", "b.bin", 6);
+    uint32_t u = 0;
+    const Bytes criteria = cat({u32(4, 0x44), u32(5, 0x55), u32(11, 0x1111), text(12, "amy"), text(13, "door")});
+    struct Row {
+        const char* name;
+        Call call;
+        std::vector<Req> want;
+        std::vector<Bytes> answers;
+    };
+    const Row rows[] = {
+        {"total count", [&](auto c) { return kvn_get_transaction_log_total_count(c, &u); }, {{kGet, 405, {}}}, {}},
+        {"unread count", [&](auto c) { return kvn_get_transaction_log_unread_count(c, &u); }, {{kGet, 406, {}}}, {}},
+        {"read count", [&](auto c) { return kvn_get_transaction_log_read_count(c, &u); }, {{kGet, 407, {}}}, {}},
+        // The counts never send tags 2 and 3; with all criteria empty they send nothing.
+        {"count for date", [&](auto c) { return kvn_get_transaction_log_count_for_date(c, q.get()); },
+         {{kGet, 408, {}}}, {}},
+        {"count for criteria", [&](auto c) { return kvn_get_transaction_log_count_for_criteria(c, all.get()); },
+         {{kGet, 411, criteria}}, {}},
+        {"logs", [&](auto c) { return kvn_get_transaction_logs(c, all.get()); },
+         {{kGet, 401, cat({u8(2, 0x22), u8(3, 0x33), criteria})}}, {}},
+        // All criteria empty: exactly tags 2 and 3, one byte each.
+        {"unread logs", [&](auto c) { return kvn_get_unread_transaction_logs(c, q.get()); },
+         {{kGet, 402, {0x02, 0x01, 0x00, 0x03, 0x01, 0x00}}}, {}},
+        {"read logs", [&](auto c) { return kvn_get_read_transaction_logs(c, part.get()); },
+         {{kGet, 403, cat({u8(2, 0x22), u8(3, 0x33), u32(5, 0x55), text(13, "in")})}}, {}},
+        {"logs for date", [&](auto c) { return kvn_get_transaction_logs_for_date(c, all.get()); },
+         {{kGet, 404, cat({u8(2, 0x22), u8(3, 0x33), criteria})}}, {}},
+        {"logs for criteria", [&](auto c) { return kvn_get_transaction_logs_for_criteria(c, part.get()); },
+         {{kGet, 412, cat({u8(2, 0x22), u8(3, 0x33), u32(5, 0x55), text(13, "in")})}}, {}},
+        {"mark read", [](auto c) { return kvn_mark_transaction_log_as_read(c, 0x01020304); },
+         {{kSet, 409, {0x07, 0x04, 0x04, 0x03, 0x02, 0x01}}}, {}},
+        {"mark list read", [&](auto c) { return kvn_mark_transaction_logs_as_read(c, &ids); },
+         {{kSet, 409, cat({u32(7, 0x0A), u32(7, 0x0B0C), u32(7, 0xFFFFFFFE)})}}, {}},
+        {"mark online", [](auto c) { return kvn_mark_transaction_log_as_online(c, 0x0410); },
+         {{kGet, 410, u32(7, 0x0410)}}, {}},
+        {"delete all logs", kvn_delete_all_transaction_logs, {{kReset, 413, Bytes(20480, 0)}}, {}},
+        // The start answer gives the transfer id; the packet carries the file's bytes.
+        {"upload", [&](auto c) { return kvn_upload_file(c, &up); },
+         {{kUpload, 120, cat({u32(4, 5), text(5, "a.bin"), u32(6, 3), u32(7, 1)})},
+          {kSet, 120, cat({u32(1, 0x77), u32(3, 1), el(8, {1, 2, 3})})}},
+         {response(0, u32(1, 0x77))}},
+        {"download", [&](auto c) { return kvn_download_file(c, &down); },
+         {{kDownload, 120, cat({u32(4, 6), text(5, "b.bin")})}, {kGet, 120, cat({u32(1, 0x66), u32(3, 1)})}},
+         {response(0, cat({u32(1, 0x66), u32(6, 3), u32(7, 1)})),
+          response(0, cat({u32(1, 0x66), u32(3, 1), el(8, {9, 8, 7})}))}},
+        {"delete file", [&](auto c) { return kvn_delete_file(c, &down); },
+         {{kReset, 120, cat({u32(4, 6), text(5, "b.bin")})}}, {}},
+        {"upgrade firmware", kvn_upgrade_firware, {{kSet, 601, {0x05, 0x01, 0x01}}}, {}},
+        {"restore backup", kvn_restore_backup_file, {{kSet, 601, {0x07, 0x01, 0x01}}}, {}},
+        {"export csv", [](auto c) { return kvn_upgrade_firware_export_csv_file(c, "users.csv"); },
+         {{kGet, 601, cat({{0x08, 0x01, 0x01}, text(10, "users.csv")})}}, {}},
+        {"import csv", [](auto c) { return kvn_upgrade_firware_import_csv_file(c, "in.csv"); },
+         {{kSet, 601, cat({{0x09, 0x01, 0x01}, text(10, "in.csv")})}}, {}},
+        {"store group", [&](auto c) { return kvn_store_user_group(c, &g); },
+         {{kSet, 10, cat({u32(2, 0x0A0B), text(3, "night")})}}, {}},
+        {"delete group", [&](auto c) { return kvn_delete_user_group(c, &g); },
+         {{kReset, 10, cat({u32(2, 0x0A0B), text(3, "night")})}}, {}},
+        {"group page", [&](auto c) { return kvn_retrieve_user_group(c, page.get()); },
+         {{kGet, 10, cat({u32(4, 3), u32(5, 0x35)})}}, {}},
+        {"group count", [&](auto c) { return kvn_get_total_user_group_count(c, &u); }, {{kGet, 11, {}}}, {}},
+        {"delete all groups", kvn_delete_all_user_group, {{kReset, 12, {}}}, {}},
+        {"store display image", [](auto c) { return kvn_store_user_display_image_setting(c, 0x0156); },
+         {{kSet, 156, {0x04, 0x04, 0x56, 0x01, 0x00, 0x00}}}, {}},
+        {"get display image", [&](auto c) { return kvn_retrieve_user_display_image_setting(c, &u); },
+         {{kGet, 156, Bytes(1024, 0)}}, {}},
+        {"reset display image", kvn_reset_user_display_image_setting, {{kReset, 156, {}}}, {}},
+    };
+    for (const Row& r : rows) {
+        int32_t rc = 99;
+        const std::vector<Req> seen = converse(r.call, r.answers, &rc);
+        EXPECT_EQ(rc, 0) << r.name;
+        ASSERT_EQ(seen.size(), r.want.size()) << r.name;
+        for (size_t k = 0; k < seen.size(); ++k) {
+            EXPECT_EQ(seen[k].word, r.want[k].word) << r.name << " request " << k;
+            EXPECT_EQ(seen[k].command, r.want[k].command) << r.name << " request " << k;
+            EXPECT_BYTES(seen[k].payload, r.want[k].payload) << r.name << " request " << k;
+        }
+    }
+    EXPECT_EQ(file_bytes("wire_down.bin"), (Bytes{9, 8, 7}));
+    EXPECT_EQ(criteria.size(), 6u * 3 + 5 + 6);
+}
