@@ -198,3 +198,186 @@ TEST(LogsWire, EveryExportsRequests) {
     EXPECT_EQ(file_bytes("wire_down.bin"), (Bytes{9, 8, 7}));
     EXPECT_EQ(criteria.size(), 6u * 3 + 5 + 6);
 }
+
+TEST(LogsWire, ReaderFillsEntriesAtTheLowByteOfTheCount) {
+    auto q = std::make_unique<kvn_transaction_log_query>();
+    auto want = std::make_unique<kvn_transaction_log_query>();
+    q->log_count = want->log_count = 0xABCDEF07;  // the low byte is cleared, the rest kept
+    // Two entries, an unknown tag skipped, and a text longer than its field: cut at 51.
+    const std::string long_text(60, 'L');
+    Bytes second = entry_bytes(2);
+    second = cat({{second.begin(), second.end()}, u32(99, 1)});
+    second[5] = uint8_t(second.size() - 6);
+    const Bytes answer = cat({entry_bytes(1), u32(6, 5), second, box(1, text(13, long_text))});
+    want->entries[0] = entry(1), want->entries[1] = entry(2);
+    std::memcpy(want->entries[2].text_t13, long_text.data(), 51);
+    want->log_count = 0xABCDEF03;
+    EXPECT_EQ(capture([&](auto c) { return kvn_get_transaction_logs(c, q.get()); }, response(0, answer)).rc, 0);
+    EXPECT_EQ(std::memcmp(q.get(), want.get(), sizeof *q), 0);
+    EXPECT_EQ(q->entries[2].text_t23[0], 0);
+
+    // 257 entries: the one-byte index wraps, so the last one lands in entry 0.
+    Bytes many;
+    for (uint32_t i = 0; i < 257; ++i) many = cat({many, box(1, u32(7, i))});
+    EXPECT_EQ(capture([&](auto c) { return kvn_get_unread_transaction_logs(c, q.get()); }, response(0, many)).rc, 0);
+    EXPECT_EQ(q->log_count, 0xABCDEF01u);
+    EXPECT_EQ(q->entries[0].log_id, 256u);
+    EXPECT_EQ(q->entries[255].log_id, 255u);
+
+    // No tag-1 container: nothing decoded; a malformed answer keeps what came before it.
+    EXPECT_EQ(capture([&](auto c) { return kvn_get_read_transaction_logs(c, q.get()); }, response(0, u32(6, 1))).rc, 0);
+    EXPECT_EQ(q->log_count, 0xABCDEF00u);
+    const Bytes bad = cat({box(1, u32(7, 0x51)), {0xFF}});
+    EXPECT_EQ(capture([&](auto c) { return kvn_get_transaction_logs_for_date(c, q.get()); }, response(0, bad)).rc, -1);
+    EXPECT_EQ(q->log_count, 0xABCDEF01u);
+    EXPECT_EQ(q->entries[0].log_id, 0x51u);
+}
+
+TEST(LogsWire, CountsWriteTheirWholeOutput) {
+    auto q = std::make_unique<kvn_transaction_log_query>();
+    q->log_count = 0xFFFFFFFF;
+    EXPECT_EQ(capture([&](auto c) { return kvn_get_transaction_log_count_for_criteria(c, q.get()); },
+                      response(0, cat({u32(2, 9), u32(6, 0x0605)})))
+                  .rc,
+              0);
+    EXPECT_EQ(q->log_count, 0x0605u);
+    struct Row {
+        const char* name;
+        std::function<int32_t(kvn_device_conn*, uint32_t*)> get;
+        uint8_t tag;
+    };
+    const Row rows[] = {
+        {"total", kvn_get_transaction_log_total_count, 6},
+        {"unread", kvn_get_transaction_log_unread_count, 6},
+        {"read", kvn_get_transaction_log_read_count, 6},
+        {"groups", kvn_get_total_user_group_count, 1},
+        {"display image", kvn_retrieve_user_display_image_setting, 4},
+    };
+    for (const Row& r : rows) {
+        uint32_t v = 0;
+        const Bytes answer = cat({u32(uint8_t(r.tag + 1), 1), u32(r.tag, 0x01020300u + r.tag)});
+        EXPECT_EQ(capture([&](auto c) { return r.get(c, &v); }, response(0, answer)).rc, 0) << r.name;
+        EXPECT_EQ(v, 0x01020300u + r.tag) << r.name;
+        EXPECT_EQ(capture([&](auto c) { return r.get(c, &v); }).rc, 0) << r.name;  // no payload: untouched
+        EXPECT_EQ(v, 0x01020300u + r.tag) << r.name;
+    }
+}
+
+TEST(LogsWire, GroupPageStopsAtItsLimit) {
+    auto page = std::make_unique<kvn_user_group_page>();
+    std::memset(page.get(), 'x', sizeof *page);
+    page->range_start = 10, page->range_end = 12;
+    const std::string sixty(60, 'n');
+    // Two groups are asked for: the third and the malformed rest are never read.
+    const Bytes answer = cat({u32(6, 0xBAD), box(1, cat({u32(2, 0x21), text(3, "day"), u32(6, 0x77)})),
+                              box(1, cat({text(3, sixty), u32(2, 0x22), u32(6, 0x78)})),
+                              box(1, cat({u32(2, 0x23), u32(6, 0x79)})), {0xFF}});
+    EXPECT_EQ(capture([&](auto c) { return kvn_retrieve_user_group(c, page.get()); }, response(0, answer)).rc, 0);
+    EXPECT_EQ(page->groups[0].group_id, 0x21u);
+    EXPECT_EQ(std::string(page->groups[0].group_name, 4), "dayx");  // no terminator added
+    EXPECT_EQ(page->groups[1].group_id, 0x22u);
+    EXPECT_EQ(std::string(page->groups[1].group_name, 52), sixty.substr(0, 50) + "xx");
+    EXPECT_EQ(page->total, 0x78u);
+    EXPECT_EQ(page->groups[2].group_id, 0x78787878u);
+    // An empty range decodes nothing, even a malformed answer.
+    page->range_end = 10;
+    EXPECT_EQ(capture([&](auto c) { return kvn_retrieve_user_group(c, page.get()); }, response(0, {0xFF})).rc, 0);
+    EXPECT_EQ(page->groups[0].group_id, 0x21u);
+    // A range that wraps is bounded by the 50 groups held; total is not overwritten by a 51st.
+    page->range_start = 5, page->range_end = 4;
+    Bytes many;
+    for (uint32_t i = 0; i < 51; ++i) many = cat({many, box(1, cat({u32(2, i), u32(6, 100 + i)}))});
+    EXPECT_EQ(capture([&](auto c) { return kvn_retrieve_user_group(c, page.get()); }, response(0, many)).rc, 0);
+    EXPECT_EQ(page->groups[49].group_id, 49u);
+    EXPECT_EQ(page->total, 149u);
+}
+
+TEST(LogsWire, UploadFollowsTheStartAnswerAndStopsOnAPacketStatus) {
+    const Bytes data = pattern(65537);
+    write_file("wire_big.bin", data);
+    const kvn_file_transfer_request rq = transfer("wire_big.bin", "big");
+    int32_t rc = 0;
+    // 65537 bytes: two packets, the second of one byte.
+    auto seen = converse([&](auto c) { return kvn_upload_file(c, &rq); }, {response(0, u32(1, 4))}, &rc);
+    EXPECT_EQ(rc, 0);
+    ASSERT_EQ(seen.size(), 3u);
+    EXPECT_BYTES(seen[0].payload, cat({u32(4, 5), text(5, "big"), u32(6, 65537), u32(7, 2)}));
+    EXPECT_BYTES(seen[1].payload, cat({u32(1, 4), u32(3, 1), el(8, Bytes(data.begin(), data.begin() + 65536))}));
+    EXPECT_BYTES(seen[2].payload, cat({u32(1, 4), u32(3, 2), el(8, {data.back()})}));
+    // Tag 7 of the start answer sets how many packets go out.
+    seen = converse([&](auto c) { return kvn_upload_file(c, &rq); }, {response(0, u32(7, 1))}, &rc);
+    EXPECT_EQ(rc, 0);
+    EXPECT_EQ(seen.size(), 2u);
+    // A packet's status ends the transfer with it.
+    seen = converse([&](auto c) { return kvn_upload_file(c, &rq); }, {response(0), response(KVN_E_INVALID_PACKET_ID)},
+                    &rc);
+    EXPECT_EQ(rc, KVN_E_INVALID_PACKET_ID);
+    EXPECT_EQ(seen.size(), 2u);
+    // Tag 6 claiming more than the file holds: the short read is -13.
+    seen = converse([&](auto c) { return kvn_upload_file(c, &rq); }, {response(0, cat({u32(6, 200000), u32(7, 4)}))},
+                    &rc);
+    EXPECT_EQ(rc, KVN_E_OPENING_FILE);
+    EXPECT_EQ(seen.size(), 2u);  // the second chunk reads short
+    // An empty file: the start packet alone, size 0 and count 0.
+    write_file("wire_empty.bin", {});
+    const kvn_file_transfer_request empty = transfer("wire_empty.bin", "e");
+    seen = converse([&](auto c) { return kvn_upload_file(c, &empty); }, {response(KVN_E_INVALID_FILE_NAME)}, &rc);
+    EXPECT_EQ(rc, KVN_E_INVALID_FILE_NAME);
+    ASSERT_EQ(seen.size(), 1u);
+    EXPECT_BYTES(seen[0].payload, cat({u32(4, 5), text(5, "e"), u32(6, 0), u32(7, 0)}));
+}
+
+TEST(LogsWire, DownloadRetriesWithinItsBudgetAndFollowsTheTerminalsNumbers) {
+    const kvn_file_transfer_request rq = transfer("wire_got.bin", "f");
+    const Bytes start = response(0, cat({u32(1, 9), u32(6, 6), u32(7, 2)}));
+    auto packet = [](uint32_t n, const Bytes& d) { return response(0, cat({u32(1, 9), u32(3, n), el(8, d)})); };
+    int32_t rc = 0;
+    // A failed packet is asked again; the two attempts are spent, so the second packet never comes.
+    auto seen = converse([&](auto c) { return kvn_download_file(c, &rq); },
+                         {start, response(KVN_E_INVALID_PACKET_ID), packet(1, {1, 2, 3})}, &rc);
+    EXPECT_EQ(rc, 0);
+    ASSERT_EQ(seen.size(), 3u);
+    EXPECT_BYTES(seen[2].payload, cat({u32(1, 9), u32(3, 1)}));
+    EXPECT_EQ(file_bytes("wire_got.bin"), (Bytes{1, 2, 3}));
+    // The extension stops at the first failure instead.
+    seen = converse([&](auto c) { return kvn_ext_download_file(c, &rq, nullptr, nullptr); },
+                    {start, response(KVN_E_INVALID_PACKET_ID)}, &rc);
+    EXPECT_EQ(rc, KVN_E_INVALID_PACKET_ID);
+    EXPECT_EQ(seen.size(), 2u);
+    // The terminal numbers its packet 2: that is the last one.
+    seen = converse([&](auto c) { return kvn_download_file(c, &rq); }, {start, packet(2, {4, 5})}, &rc);
+    EXPECT_EQ(rc, 0);
+    EXPECT_EQ(seen.size(), 2u);
+    EXPECT_EQ(file_bytes("wire_got.bin"), (Bytes{4, 5}));
+    // Data beyond the 64 KiB chunk is refused, not cut, and nothing is written.
+    seen = converse([&](auto c) { return kvn_ext_download_file(c, &rq, nullptr, nullptr); },
+                    {start, packet(1, Bytes(65537, 1))}, &rc);
+    EXPECT_EQ(rc, -1);
+    EXPECT_TRUE(file_bytes("wire_got.bin").empty());
+}
+
+TEST(LogsWire, LocalFileFailuresAndCancel) {
+    int32_t rc = 0;
+    const kvn_file_transfer_request missing = transfer("no_such_dir/none.bin", "x");
+    for (const Call& call : std::vector<Call>{[&](auto c) { return kvn_upload_file(c, &missing); },
+                                              [&](auto c) { return kvn_download_file(c, &missing); }}) {
+        EXPECT_TRUE(converse(call, {}, &rc).empty());
+        EXPECT_EQ(rc, KVN_E_OPENING_FILE);
+    }
+    // The callback sees the plan and each packet; a non-zero answer ends the transfer with it.
+    write_file("wire_three.bin", pattern(3 * 65536));
+    const kvn_file_transfer_request rq = transfer("wire_three.bin", "t");
+    std::vector<kvn_ext_transfer_progress> calls;
+    auto cb = [](const kvn_ext_transfer_progress* p, void* ctx) -> int32_t {
+        auto* v = static_cast<std::vector<kvn_ext_transfer_progress>*>(ctx);
+        v->push_back(*p);
+        return p->packets_done == 1 ? -77 : 0;
+    };
+    const auto seen = converse([&](auto c) { return kvn_ext_upload_file(c, &rq, cb, &calls); }, {}, &rc);
+    EXPECT_EQ(rc, -77);
+    EXPECT_EQ(seen.size(), 2u);
+    ASSERT_EQ(calls.size(), 2u);
+    EXPECT_EQ(calls[0].bytes_total, 3u * 65536);
+    EXPECT_EQ(calls[0].packets_total, 3u);
+    EXPECT_EQ(calls[1].bytes_done, 65536u);
+}
