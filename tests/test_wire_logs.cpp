@@ -14,6 +14,7 @@
 
 #include "kvnsdk2.h"
 #include "peer.h"
+#include "transfer.h"
 
 using namespace kvntest;
 
@@ -49,33 +50,6 @@ std::vector<Req> converse(const Call& call, const std::vector<Bytes>& answers, i
         kvn_close_device_conn(&c);
     }
     return seen;
-}
-
-Bytes file_bytes(const char* path) {
-    Bytes b;
-    if (std::FILE* f = std::fopen(path, "rb")) {
-        for (int ch; (ch = std::fgetc(f)) != EOF;) b.push_back(uint8_t(ch));
-        std::fclose(f);
-    }
-    return b;
-}
-void write_file(const char* path, const Bytes& b) {
-    std::FILE* f = std::fopen(path, "wb");
-    ASSERT_NE(f, nullptr);
-    if (!b.empty()) std::fwrite(b.data(), 1, b.size(), f);
-    std::fclose(f);
-}
-Bytes pattern(size_t n) {
-    Bytes b(n);
-    for (size_t i = 0; i < n; ++i) b[i] = uint8_t(i * 7 + i / 65536);
-    return b;
-}
-kvn_file_transfer_request transfer(const char* local, const char* name, uint32_t type = 5) {
-    kvn_file_transfer_request r{};
-    r.file_type = type;
-    r.local_path = local;
-    std::snprintf(r.file_name, sizeof r.file_name, "%s", name);
-    return r;
 }
 
 // A journal entry with a value of its own in every field, and its elements.
@@ -116,7 +90,7 @@ TEST(LogsWire, EveryExportsRequests) {
     kvn_user_group g{0x0A0B, "night"};
     auto page = std::make_unique<kvn_user_group_page>();
     page->range_start = 3, page->range_end = 0x35;
-    write_file("wire_up.bin", {1, 2, 3});
+    ASSERT_TRUE(write_file("wire_up.bin", {1, 2, 3}));
     const kvn_file_transfer_request up = transfer("wire_up.bin", "a.bin"), down = transfer("wire_down.bin", "b.bin", 6);
     uint32_t u = 0;
     const Bytes criteria = cat({u32(4, 0x44), u32(5, 0x55), u32(11, 0x1111), text(12, "amy"), text(13, "door")});
@@ -294,7 +268,7 @@ TEST(LogsWire, GroupPageStopsAtItsLimit) {
 
 TEST(LogsWire, UploadFollowsTheStartAnswerAndStopsOnAPacketStatus) {
     const Bytes data = pattern(65537);
-    write_file("wire_big.bin", data);
+    ASSERT_TRUE(write_file("wire_big.bin", data));
     const kvn_file_transfer_request rq = transfer("wire_big.bin", "big");
     int32_t rc = 0;
     // 65537 bytes: two packets, the second of one byte.
@@ -319,7 +293,7 @@ TEST(LogsWire, UploadFollowsTheStartAnswerAndStopsOnAPacketStatus) {
     EXPECT_EQ(rc, KVN_E_OPENING_FILE);
     EXPECT_EQ(seen.size(), 2u);  // the second chunk reads short
     // An empty file: the start packet alone, size 0 and count 0.
-    write_file("wire_empty.bin", {});
+    ASSERT_TRUE(write_file("wire_empty.bin", {}));
     const kvn_file_transfer_request empty = transfer("wire_empty.bin", "e");
     seen = converse([&](auto c) { return kvn_upload_file(c, &empty); }, {response(KVN_E_INVALID_FILE_NAME)}, &rc);
     EXPECT_EQ(rc, KVN_E_INVALID_FILE_NAME);
@@ -365,7 +339,7 @@ TEST(LogsWire, LocalFileFailuresAndCancel) {
         EXPECT_EQ(rc, KVN_E_OPENING_FILE);
     }
     // The callback sees the plan and each packet; a non-zero answer ends the transfer with it.
-    write_file("wire_three.bin", pattern(3 * 65536));
+    ASSERT_TRUE(write_file("wire_three.bin", pattern(3 * 65536)));
     const kvn_file_transfer_request rq = transfer("wire_three.bin", "t");
     std::vector<kvn_ext_transfer_progress> calls;
     auto cb = [](const kvn_ext_transfer_progress* p, void* ctx) -> int32_t {
