@@ -2,6 +2,7 @@
 // picks the export and whether the rest is wrapped in a well-formed frame (so the
 // decoders see it) or sent raw (so the frame checks do).
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <memory>
 #include <vector>
@@ -45,6 +46,22 @@ struct Records {
 template <class T>
 T* keep() {
     static auto r = std::make_unique<T>();
+    return r.get();
+}
+
+// Transfers read a local file of two packets and write into a scratch file.
+kvn_file_transfer_request* fuzz_transfer(bool upload) {
+    static auto r = [] {
+        auto t = std::make_unique<kvn_file_transfer_request>();
+        if (std::FILE* f = std::fopen("fuzz_upload.bin", "wb")) {
+            static const uint8_t zeros[70000] = {};
+            std::fwrite(zeros, 1, sizeof zeros, f);
+            std::fclose(f);
+        }
+        std::strcpy(t->file_name, "f");
+        return t;
+    }();
+    r->local_path = upload ? "fuzz_upload.bin" : "fuzz_download.bin";
     return r.get();
 }
 
@@ -92,6 +109,21 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         // @@USERS@@
 
         // Transaction logs, file transfer, user groups: cases 400 to 499.
+        case 400: kvn_get_transaction_logs(&c, keep<kvn_transaction_log_query>()); break;
+        case 401: kvn_get_unread_transaction_logs(&c, keep<kvn_transaction_log_query>()); break;
+        case 402: kvn_get_read_transaction_logs(&c, keep<kvn_transaction_log_query>()); break;
+        case 403: kvn_get_transaction_logs_for_date(&c, keep<kvn_transaction_log_query>()); break;
+        case 404: kvn_get_transaction_logs_for_criteria(&c, keep<kvn_transaction_log_query>()); break;
+        case 405: kvn_get_transaction_log_total_count(&c, keep<uint32_t>()); break;
+        case 406: kvn_get_transaction_log_unread_count(&c, keep<uint32_t>()); break;
+        case 407: kvn_get_transaction_log_read_count(&c, keep<uint32_t>()); break;
+        case 408: kvn_get_transaction_log_count_for_date(&c, keep<kvn_transaction_log_query>()); break;
+        case 409: kvn_get_transaction_log_count_for_criteria(&c, keep<kvn_transaction_log_query>()); break;
+        case 410: kvn_retrieve_user_group(&c, keep<kvn_user_group_page>()); break;
+        case 411: kvn_get_total_user_group_count(&c, keep<uint32_t>()); break;
+        case 412: kvn_retrieve_user_display_image_setting(&c, keep<uint32_t>()); break;
+        case 413: kvn_upload_file(&c, fuzz_transfer(true)); break;
+        case 414: kvn_download_file(&c, fuzz_transfer(false)); break;
         // @@LOGS@@
 
         // Card reading and layouts, card server, Wiegand: cases 500 to 599.

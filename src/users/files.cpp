@@ -25,6 +25,9 @@ using namespace row;
 
 constexpr uint32_t kTransferBuffer = 204800;
 constexpr uint32_t kChunk = KVN_FILE_PACKET_SIZE;
+// A file whose size fits a u32 has at most this many packets: a larger count
+// from the terminal does not buy a dead link more attempts.
+constexpr int32_t kMaxPackets = 65536;
 
 // The transfer's own state.
 struct State {
@@ -160,7 +163,7 @@ int32_t download(kvn_device_conn* conn, const kvn_file_transfer_request* rq, con
     uint32_t packets = 0;
     if (int32_t stop = report(o, s, total, 0, 0); stop != 0) return stop;
     // At most packet_count attempts: a failed packet is asked again within them.
-    for (int32_t i = 0; i < s.packet_count; ++i) {
+    for (int32_t i = 0; i < s.packet_count && i < kMaxPackets; ++i) {
         s.chunk_length = 0;  // an answer without data writes nothing
         rc = call_in(
             conn, buffer, kTransferBuffer, Request{id::file_transfer, KVN_REQ_GET},
