@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "kvnsdk2.h"
+#include "link/transport.h"
 #include "peer.h"
 #include "transfer.h"
 
@@ -354,4 +355,49 @@ TEST(LogsWire, LocalFileFailuresAndCancel) {
     EXPECT_EQ(calls[0].bytes_total, 3u * 65536);
     EXPECT_EQ(calls[0].packets_total, 3u);
     EXPECT_EQ(calls[1].bytes_done, 65536u);
+}
+
+namespace {
+// A link whose second send fails; every answer is a status-only success. Records the
+// packet number and first data byte of each upload packet that went out.
+struct FlakyLink {
+    static inline int sends = 0;
+    static inline Bytes answer;
+    static inline size_t at = 0;
+    static inline std::vector<std::pair<uint32_t, uint8_t>> packets;
+    static int32_t send(kvn_conn_link*, const kvn::ConstBuf* parts, size_t count) {
+        Bytes frame;
+        for (size_t i = 0; i < count; ++i) frame.insert(frame.end(), parts[i].data, parts[i].data + parts[i].size);
+        if (++sends == 2) return KVN_E_WRITE_TIMEOUT;
+        if (get_le32(&frame[8]) == kSet) packets.emplace_back(get_le32(&frame[24 + 8]), frame[24 + 12 + 6]);
+        at = 0;
+        return 0;
+    }
+    static int32_t receive(kvn_conn_link*, uint8_t* b, uint32_t n) {
+        if (at + n > answer.size()) return KVN_E_READ_TIMEOUT;
+        std::memcpy(b, answer.data() + at, n);
+        at += n;
+        return 0;
+    }
+    static int32_t open(kvn_device_conn*) { return 0; }
+};
+}  // namespace
+
+// A packet that fails to go out is not repeated: the next chunk goes under its number,
+// and the loop still ends after the packet count.
+TEST(LogsWire, UploadSendsTheNextChunkUnderTheNumberOfAPacketThatFailedToGo) {
+    Bytes data = pattern(3 * 65536);
+    for (int k = 0; k < 3; ++k) data[size_t(k) * 65536] = uint8_t(0xC0 + k);
+    ASSERT_TRUE(write_file("wire_flaky.bin", data));
+    const kvn_file_transfer_request rq = transfer("wire_flaky.bin", "f");
+    FlakyLink::answer = response(0);
+    const kvn::Transport flaky{FlakyLink::send, FlakyLink::receive, FlakyLink::open, FlakyLink::open};
+    kvn::set_transport_override(&flaky);
+    kvn_device_conn c{};
+    c.link.conn_type = KVN_CONN_TCP;
+    const int32_t rc = kvn_upload_file(&c, &rq);
+    kvn::set_transport_override(nullptr);
+    EXPECT_EQ(rc, 0);
+    const std::vector<std::pair<uint32_t, uint8_t>> want = {{1, 0xC1}, {2, 0xC2}};
+    EXPECT_EQ(FlakyLink::packets, want);
 }
