@@ -15,13 +15,12 @@
 // Run pinned to one CPU, client and simulator together:
 //   taskset -c 0 ./bench_files
 #include <arpa/inet.h>
+#include <benchmark/benchmark.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
 #include <sys/uio.h>
 #include <unistd.h>
-
-#include <benchmark/benchmark.h>
 
 #include <cstdio>
 #include <cstring>
@@ -45,7 +44,9 @@ constexpr uint32_t kPackets = (kFileSize + kPacket - 1) / kPacket;
 void put32(Bytes& b, uint32_t v) {
     for (int i = 0; i < 4; ++i) b.push_back(uint8_t(v >> (8 * i)));
 }
-uint32_t get32(const uint8_t* p) { return uint32_t(p[0]) | uint32_t(p[1]) << 8 | uint32_t(p[2]) << 16 | uint32_t(p[3]) << 24; }
+uint32_t get32(const uint8_t* p) {
+    return uint32_t(p[0]) | uint32_t(p[1]) << 8 | uint32_t(p[2]) << 16 | uint32_t(p[3]) << 24;
+}
 void u32el(Bytes& b, uint8_t tag, uint32_t v) {
     b.insert(b.end(), {tag, 4});
     put32(b, v);
@@ -68,7 +69,7 @@ kvn_device_conn open_conn(uint16_t port) {
 
 // The raw client: its own socket, frames assembled here.
 class RawClient {
-public:
+   public:
     explicit RawClient(uint16_t port) {
         fd_ = ::socket(AF_INET, SOCK_STREAM, 0);
         sockaddr_in a{};
@@ -94,7 +95,8 @@ public:
         if (n != 0) crc = kvn::crc32(crc, data, n);
         uint8_t c[4];
         for (int b = 0; b < 4; ++b) c[b] = uint8_t(crc >> (8 * b));
-        iovec v[4] = {{h, 24}, {const_cast<uint8_t*>(head.data()), head.size()}, {const_cast<uint8_t*>(data), n}, {c, 4}};
+        iovec v[4] = {
+            {h, 24}, {const_cast<uint8_t*>(head.data()), head.size()}, {const_cast<uint8_t*>(data), n}, {c, 4}};
         size_t total = 24 + head.size() + n + 4;
         iovec* p = v;
         int count = 4;
@@ -120,7 +122,7 @@ public:
     const uint8_t* answer() const { return answer_.data() + 28; }
     uint32_t payload_length() const { return length_; }
 
-private:
+   private:
     bool read(uint8_t* p, size_t n) {
         while (n > 0) {
             const ssize_t r = ::recv(fd_, p, n, 0);
@@ -292,7 +294,8 @@ void BM_LogPageDecode(benchmark::State& state) {
     uint32_t entries = 0;
     const Bytes page = log_page(&entries);
     Bytes f;
-    for (uint32_t w : {KVN_SYNC_WORD, 1u, KVN_REQUEST_WORD(KVN_REQ_GET), 0u, 0u, 0u, uint32_t(page.size())}) put32(f, w);
+    for (uint32_t w : {KVN_SYNC_WORD, 1u, KVN_REQUEST_WORD(KVN_REQ_GET), 0u, 0u, 0u, uint32_t(page.size())})
+        put32(f, w);
     f.insert(f.end(), page.begin(), page.end());
     put32(f, kvn::crc32(0, f.data() + 4, f.size() - 4));
     g_frame = f;

@@ -51,18 +51,14 @@ T* keep() {
 
 // Transfers read a local file of two packets and write into a scratch file.
 kvn_file_transfer_request* fuzz_transfer(bool upload) {
-    static auto r = [] {
-        auto t = std::make_unique<kvn_file_transfer_request>();
-        if (std::FILE* f = std::fopen("fuzz_upload.bin", "wb")) {
-            static const uint8_t zeros[70000] = {};
-            std::fwrite(zeros, 1, sizeof zeros, f);
-            std::fclose(f);
-        }
-        std::strcpy(t->file_name, "f");
-        return t;
+    static kvn_file_transfer_request r{5, nullptr, "f"};
+    static const bool made = [] {
+        static const uint8_t zeros[70000] = {};
+        std::FILE* f = std::fopen("fuzz_upload.bin", "wb");
+        return f != nullptr && std::fwrite(zeros, 1, sizeof zeros, f) + std::fclose(f) == sizeof zeros;
     }();
-    r->local_path = upload ? "fuzz_upload.bin" : "fuzz_download.bin";
-    return r.get();
+    r.local_path = made && upload ? "fuzz_upload.bin" : "fuzz_download.bin";
+    return &r;
 }
 
 }  // namespace

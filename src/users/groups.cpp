@@ -57,7 +57,9 @@ KVN_API int32_t kvn_retrieve_user_group(kvn_device_conn* conn, kvn_user_group_pa
 KVN_API int32_t kvn_get_total_user_group_count(kvn_device_conn* conn, uint32_t* count) {
     return cmd::get_u32(conn, id::user_group_count, 1, count);
 }
-KVN_API int32_t kvn_delete_all_user_group(kvn_device_conn* conn) { return cmd::reset(conn, id::delete_all_user_groups); }
+KVN_API int32_t kvn_delete_all_user_group(kvn_device_conn* conn) {
+    return cmd::reset(conn, id::delete_all_user_groups);
+}
 
 KVN_API int32_t kvn_store_user_display_image_setting(kvn_device_conn* conn, uint32_t value) {
     return cmd::set_u32<cmd::kSmallBuffer>(conn, id::user_display_image, 4, value);
