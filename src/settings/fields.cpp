@@ -404,6 +404,7 @@ int32_t decode_flat(Level& level, const List& l, ListState& s, const Field& f, u
         advance(l, s, level.base);
     }
     Level entry{l.entry, entry_at(l, level.base, i), i, level.depth, level.empty};
+    entry.owner = level.base;
     return store_row(entry, f, v, len);
 }
 
