@@ -1606,7 +1606,8 @@ KVN_API int32_t kvn_upload_file(kvn_device_conn *conn, const kvn_file_transfer_r
  * Fetches a file from the terminal into a local file, created before the terminal is asked:
  * a start packet (tags 4, 5), whose answer gives the transfer id, size and packet count, then
  * one request per packet (tags 1, 3). A packet that fails is asked again within the packet
- * count's number of attempts (kvn_ext_download_file() stops instead); the terminal's packet
+ * count's number of attempts (at most 65536; kvn_ext_download_file() stops instead), so a
+ * terminal that falls silent costs one read wait per attempt left; the terminal's packet
  * number (tag 3) decides when the last one has come.
  * @param[in] conn     open connection.
  * @param[in] request  file type, local path and name on the terminal.
