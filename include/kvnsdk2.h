@@ -1589,9 +1589,9 @@ typedef struct kvn_file_transfer_request {
 /**
  * Sends a local file to the terminal: a start packet (tags 4, 5, 6 the size, 7 the packet
  * count), whose answer may replace the transfer id (tag 1), the size (6) and the packet count
- * (7), then one packet per 64 KiB (tags 1, 3, 8). A packet that fails to go out is not
- * repeated: the next chunk goes under the same packet number (kvn_ext_upload_file() stops
- * instead). Files of 4 GiB or more are refused.
+ * (7; at most 65536 are sent), then one packet per 64 KiB (tags 1, 3, 8). A packet that fails
+ * to go out is not repeated: the next chunk goes under the same packet number
+ * (kvn_ext_upload_file() stops instead). Files of 4 GiB or more are refused.
  * @param[in] conn     open connection.
  * @param[in] request  file type, local path and name on the terminal.
  * @par Request: upload (0x00040002), then set (0x00010002) per packet, command 120.

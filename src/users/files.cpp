@@ -26,7 +26,7 @@ using namespace row;
 constexpr uint32_t kTransferBuffer = 204800;
 constexpr uint32_t kChunk = KVN_FILE_PACKET_SIZE;
 // A file whose size fits a u32 has at most this many packets: a larger count
-// from the terminal does not buy a dead link more attempts.
+// from the terminal buys neither empty packets nor a dead link more attempts.
 constexpr int32_t kMaxPackets = 65536;
 
 // The transfer's own state.
@@ -121,7 +121,7 @@ int32_t upload(kvn_device_conn* conn, const kvn_file_transfer_request* rq, const
     uint64_t done = 0;
     uint32_t packets = 0;
     if (int32_t stop = report(o, s, total, 0, 0); stop != 0) return stop;
-    for (int32_t i = 0; i < s.packet_count; ++i) {
+    for (int32_t i = 0; i < s.packet_count && i < kMaxPackets; ++i) {
         const uint32_t n = s.remaining_size < kChunk ? s.remaining_size : kChunk;
         if (std::fread(s.chunk, 1, n, file.f) != n) return KVN_E_OPENING_FILE;
         s.chunk_length = n;
