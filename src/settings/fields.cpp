@@ -259,8 +259,9 @@ int32_t store_value(const Field& f, uint8_t* m, const uint8_t* v, uint32_t len, 
 
 // Stores one element into `base` by the row that carries its tag.
 int32_t store_row(Level& level, const Field& f, const uint8_t* v, uint32_t len) noexcept {
-    uint8_t* m = f.outer_member ? (level.owner != nullptr ? level.owner + f.offset : nullptr) : at(level.base, f, level.index);
-    if (m == nullptr) return 0;
+    uint8_t* m = at(level.base, f, level.index);
+    if (f.outer_member) m = level.owner != nullptr ? level.owner + f.offset : nullptr;
+    if (m == nullptr) return 0;  // an outer row outside a list has no owner
     switch (f.kind) {
         case Kind::record:
         case Kind::self: {
