@@ -43,6 +43,8 @@ std::string command_line(const Options& o) {
     if (f.bad_sync) add("--bad-sync");
     if (f.bad_crc) add("--bad-crc");
     if (f.byte_by_byte) add("--byte-by-byte");
+    if (f.start_packets != 0) add("--start-packets " + std::to_string(f.start_packets));
+    if (f.refuse_packet != 0) add("--refuse-packet " + std::to_string(f.refuse_packet));
     return args;
 }
 
