@@ -19,16 +19,17 @@ using Entry = kvn_transaction_log;
 
 #define E32(tag, m) u32(tag, KVN_MEMBER(Entry, m))
 #define E8(tag, m) u8(tag, KVN_MEMBER(Entry, m))
+#define TEXT(tag, m) text(tag, KVN_MEMBER(Entry, m))
 // Strings are copied at most their field's size, the rest of the field kept.
 constexpr Field kEntry[] = {
-    E32(7, log_id),   E32(8, attr_t08), E32(9, attr_t09),   E32(10, attr_t10),
-    E32(11, attr_t11), E32(21, attr_t21), text(12, KVN_MEMBER(Entry, text_t12)),
-    text(13, KVN_MEMBER(Entry, text_t13)), text(23, KVN_MEMBER(Entry, text_t23)),
-    E8(14, attr_t14), E8(15, attr_t15), E32(16, attr_t16), E8(17, attr_t17),
-    E8(18, attr_t18), E8(19, attr_t19), E32(20, attr_t20),
+    E32(7, log_id),    E32(8, attr_t08),  E32(9, attr_t09),  E32(10, attr_t10),
+    E32(11, attr_t11), E32(21, attr_t21), TEXT(12, text_t12), TEXT(13, text_t13),
+    TEXT(23, text_t23), E8(14, attr_t14), E8(15, attr_t15),   E32(16, attr_t16),
+    E8(17, attr_t17),  E8(18, attr_t18),  E8(19, attr_t19),  E32(20, attr_t20),
 };
 #undef E32
 #undef E8
+#undef TEXT
 
 // Each tag-1 container fills entries[low byte of log_count]; the reader clears that
 // byte before the request and leaves the upper 24 bits alone.
@@ -36,10 +37,12 @@ constexpr List kEntries =
     array(KVN_MEMBER(Query, entries)).in(1).of(kEntry).counting(Counter::low_byte, offsetof(Query, log_count));
 constexpr Field kEntriesRead[] = {list(kEntries)};
 
-// The criteria in wire order: tag 11 goes before the two texts.
-#define CRITERIA                                                                                     \
-    u32(4, KVN_MEMBER(Query, attr_t04)).nonzero(), u32(5, KVN_MEMBER(Query, attr_t05)).nonzero(),    \
-        u32(11, KVN_MEMBER(Query, attr_t11)).nonzero(), text(12, KVN_MEMBER(Query, text_t12)).nonzero(), \
+// The criteria in wire order: tag 11 goes before the two texts. Only the reads send 2 and 3.
+#define CRITERIA                                         \
+    u32(4, KVN_MEMBER(Query, attr_t04)).nonzero(),       \
+        u32(5, KVN_MEMBER(Query, attr_t05)).nonzero(),   \
+        u32(11, KVN_MEMBER(Query, attr_t11)).nonzero(),  \
+        text(12, KVN_MEMBER(Query, text_t12)).nonzero(), \
         text(13, KVN_MEMBER(Query, text_t13)).nonzero()
 constexpr Field kReadCriteria[] = {u8(2, KVN_MEMBER(Query, attr_t02)), u8(3, KVN_MEMBER(Query, attr_t03)), CRITERIA};
 constexpr Field kCountCriteria[] = {CRITERIA};
