@@ -3,6 +3,7 @@
 // decoders see it) or sent raw (so the frame checks do).
 #include <array>
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <memory>
 #include <utility>
@@ -60,6 +61,18 @@ kvn_enrollment_request* enrolment(bool both) {
     e->rq.data_t03 = e->data[0];
     e->rq.data_t06 = both ? e->data[1] : nullptr;
     return &e->rq;
+}
+
+// Transfers read a local file of two packets and write into a scratch file.
+kvn_file_transfer_request* fuzz_transfer(bool upload) {
+    static kvn_file_transfer_request r{5, nullptr, "f"};
+    static const bool made = [] {
+        static const uint8_t zeros[70000] = {};
+        std::FILE* f = std::fopen("fuzz_upload.bin", "wb");
+        return f != nullptr && std::fwrite(zeros, 1, sizeof zeros, f) + std::fclose(f) == sizeof zeros;
+    }();
+    r.local_path = made && upload ? "fuzz_upload.bin" : "fuzz_download.bin";
+    return &r;
 }
 
 }  // namespace
@@ -166,6 +179,21 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         case 314: kvn_get_revoked_smart_card_list(&c, keep<kvn_revoked_card_list>()); break;
 
         // Transaction logs, file transfer, user groups: cases 400 to 499.
+        case 400: kvn_get_transaction_logs(&c, keep<kvn_transaction_log_query>()); break;
+        case 401: kvn_get_unread_transaction_logs(&c, keep<kvn_transaction_log_query>()); break;
+        case 402: kvn_get_read_transaction_logs(&c, keep<kvn_transaction_log_query>()); break;
+        case 403: kvn_get_transaction_logs_for_date(&c, keep<kvn_transaction_log_query>()); break;
+        case 404: kvn_get_transaction_logs_for_criteria(&c, keep<kvn_transaction_log_query>()); break;
+        case 405: kvn_get_transaction_log_total_count(&c, keep<uint32_t>()); break;
+        case 406: kvn_get_transaction_log_unread_count(&c, keep<uint32_t>()); break;
+        case 407: kvn_get_transaction_log_read_count(&c, keep<uint32_t>()); break;
+        case 408: kvn_get_transaction_log_count_for_date(&c, keep<kvn_transaction_log_query>()); break;
+        case 409: kvn_get_transaction_log_count_for_criteria(&c, keep<kvn_transaction_log_query>()); break;
+        case 410: kvn_retrieve_user_group(&c, keep<kvn_user_group_page>()); break;
+        case 411: kvn_get_total_user_group_count(&c, keep<uint32_t>()); break;
+        case 412: kvn_retrieve_user_display_image_setting(&c, keep<uint32_t>()); break;
+        case 413: kvn_upload_file(&c, fuzz_transfer(true)); break;
+        case 414: kvn_download_file(&c, fuzz_transfer(false)); break;
         // @@LOGS@@
 
         // Card reading and layouts, card server, Wiegand: cases 500 to 599.

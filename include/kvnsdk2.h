@@ -3397,6 +3397,475 @@ KVN_API int32_t kvn_get_revoked_smart_card_list(kvn_device_conn *conn, kvn_revok
 /* Transaction logs, file and firmware transfer, user groups */
 /* ------------------------------------------------------------------------- */
 
+/* Transaction logs (commands 401 to 413). A read answers one tag-1 container per
+ * entry; the library does not page by itself: a caller steers further reads with the
+ * criteria and marks what it has taken as read. */
+
+/** Entries a kvn_transaction_log_query holds: the one-byte entry counter cannot pass it. */
+#define KVN_TRANSACTION_LOG_MAX 256
+/** Ids a kvn_transaction_log_id_list holds. */
+#define KVN_TRANSACTION_LOG_ID_MAX 255
+
+/** One journal entry (204 bytes, entries packed one after another). */
+typedef struct kvn_transaction_log {
+    uint32_t log_id;       /* tag 7: the id the mark functions send */
+    uint32_t attr_t08;     /* tag 8 */
+    uint32_t attr_t09;     /* tag 9 */
+    uint32_t attr_t10;     /* tag 10 */
+    uint32_t attr_t11;     /* tag 11 */
+    uint32_t attr_t21;     /* tag 21 */
+    char text_t12[64];     /* tag 12; a longer value fills the array, without a NUL */
+    char text_t13[51];     /* tag 13; a longer value fills the array, without a NUL */
+    char text_t23[51];     /* tag 23; a longer value fills the array, without a NUL */
+    uint8_t attr_t14;      /* tag 14 */
+    uint8_t attr_t15;      /* tag 15 */
+    uint32_t attr_t16;     /* tag 16 */
+    uint8_t attr_t17;      /* tag 17 */
+    uint8_t attr_t18;      /* tag 18 */
+    uint8_t attr_t19;      /* tag 19 */
+    uint32_t attr_t20;     /* tag 20 */
+} kvn_transaction_log;
+KVN_RECORD_SIZE(kvn_transaction_log, 204, 204);
+
+/** Criteria of a journal read or filtered count, and the entries a read returns. */
+typedef struct kvn_transaction_log_query {
+    uint8_t attr_t02;      /* tag 2, sent by the reads only, always: read parameter */
+    uint8_t attr_t03;      /* tag 3, sent by the reads only, always: read parameter */
+    uint32_t attr_t04;     /* tag 4, sent when not 0: criterion */
+    uint32_t attr_t05;     /* tag 5, sent when not 0: criterion */
+    char text_t12[64];     /* tag 12, sent when not empty, at its own length: criterion */
+    char text_t13[51];     /* tag 13, sent when not empty, at its own length: criterion */
+    uint32_t attr_t11;     /* tag 11, sent when not 0 (before tags 12 and 13): criterion */
+    /** Filtered counts: the count (tag 6). Reads: the low byte counts the entries decoded
+     *  (cleared before the request, wrapping after 255); the upper 24 bits are left as set. */
+    uint32_t log_count;
+    /** Entries decoded by a read, from index 0 (one per tag-1 container). */
+    kvn_transaction_log entries[KVN_TRANSACTION_LOG_MAX];
+} kvn_transaction_log_query;
+KVN_RECORD_SIZE(kvn_transaction_log_query, 52360, 52360);
+
+/** Ids for kvn_mark_transaction_logs_as_read(). */
+typedef struct kvn_transaction_log_id_list {
+    uint8_t count;                                 /* ids sent, 0 to 255 */
+    uint32_t log_ids[KVN_TRANSACTION_LOG_ID_MAX];  /* tag 7 each, in order */
+} kvn_transaction_log_id_list;
+KVN_RECORD_SIZE(kvn_transaction_log_id_list, 1024, 1024);
+
+/**
+ * Reads the number of journal entries.
+ * @param[in] conn    open connection.
+ * @param[out] count  receives tag 6 of the answer; left as it was when the answer has no payload.
+ * @par Request: get (0x00020002), command 405.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_transaction_log_total_count(kvn_device_conn *conn, uint32_t *count);
+
+/**
+ * Reads the number of journal entries not marked as read.
+ * @param[in] conn    open connection.
+ * @param[out] count  receives tag 6 of the answer; left as it was when the answer has no payload.
+ * @par Request: get (0x00020002), command 406.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_transaction_log_unread_count(kvn_device_conn *conn, uint32_t *count);
+
+/**
+ * Reads the number of journal entries marked as read.
+ * @param[in] conn    open connection.
+ * @param[out] count  receives tag 6 of the answer; left as it was when the answer has no payload.
+ * @par Request: get (0x00020002), command 407.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_transaction_log_read_count(kvn_device_conn *conn, uint32_t *count);
+
+/**
+ * Counts the journal entries of a date: the criteria without tags 2 and 3.
+ * @param[in] conn       open connection.
+ * @param[in,out] query  criteria in; the whole log_count set from tag 6 of the answer.
+ * @par Request: get (0x00020002), command 408.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 request did not fit (nothing sent), malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_transaction_log_count_for_date(kvn_device_conn *conn, kvn_transaction_log_query *query);
+
+/**
+ * Counts the journal entries that meet the criteria (sent without tags 2 and 3).
+ * @param[in] conn       open connection.
+ * @param[in,out] query  criteria in; the whole log_count set from tag 6 of the answer.
+ * @par Request: get (0x00020002), command 411.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 request did not fit (nothing sent), malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_transaction_log_count_for_criteria(kvn_device_conn *conn, kvn_transaction_log_query *query);
+
+/**
+ * Reads journal entries. The criteria go out as tags 2, 3, 4, 5, 11, 12, 13; each tag-1
+ * container of the answer fills entries[low byte of log_count], which then goes up by one.
+ * @param[in] conn       open connection.
+ * @param[in,out] query  criteria in; entries and the low byte of log_count out (entries
+ *                       decoded before a malformed element stay).
+ * @par Request: get (0x00020002), command 401.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 request did not fit (nothing sent), malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_transaction_logs(kvn_device_conn *conn, kvn_transaction_log_query *query);
+
+/**
+ * Reads journal entries not marked as read, as kvn_get_transaction_logs() does.
+ * @param[in] conn       open connection.
+ * @param[in,out] query  criteria in; entries and the low byte of log_count out.
+ * @par Request: get (0x00020002), command 402.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 request did not fit (nothing sent), malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_unread_transaction_logs(kvn_device_conn *conn, kvn_transaction_log_query *query);
+
+/**
+ * Reads journal entries marked as read, as kvn_get_transaction_logs() does.
+ * @param[in] conn       open connection.
+ * @param[in,out] query  criteria in; entries and the low byte of log_count out.
+ * @par Request: get (0x00020002), command 403.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 request did not fit (nothing sent), malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_read_transaction_logs(kvn_device_conn *conn, kvn_transaction_log_query *query);
+
+/**
+ * Reads the journal entries of a date, as kvn_get_transaction_logs() does.
+ * @param[in] conn       open connection.
+ * @param[in,out] query  criteria in; entries and the low byte of log_count out.
+ * @par Request: get (0x00020002), command 404.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 request did not fit (nothing sent), malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_transaction_logs_for_date(kvn_device_conn *conn, kvn_transaction_log_query *query);
+
+/**
+ * Reads the journal entries that meet the criteria, as kvn_get_transaction_logs() does.
+ * @param[in] conn       open connection.
+ * @param[in,out] query  criteria in; entries and the low byte of log_count out.
+ * @par Request: get (0x00020002), command 412.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 request did not fit (nothing sent), malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_transaction_logs_for_criteria(kvn_device_conn *conn, kvn_transaction_log_query *query);
+
+/**
+ * Marks one journal entry as read (tag 7, four bytes).
+ * @param[in] conn    open connection.
+ * @param[in] log_id  the entry's log_id.
+ * @par Request: set (0x00010002), command 409.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_mark_transaction_log_as_read(kvn_device_conn *conn, uint32_t log_id);
+
+/**
+ * Marks journal entries as read: one tag-7 element per id, in list order; a count of 0
+ * sends an empty payload.
+ * @param[in] conn  open connection.
+ * @param[in] ids   the ids and their count.
+ * @par Request: set (0x00010002), command 409.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_mark_transaction_logs_as_read(kvn_device_conn *conn, const kvn_transaction_log_id_list *ids);
+
+/**
+ * Marks one journal entry as sent online (tag 7, four bytes); a get request.
+ * @param[in] conn    open connection.
+ * @param[in] log_id  the entry's log_id.
+ * @par Request: get (0x00020002), command 410.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_mark_transaction_log_as_online(kvn_device_conn *conn, uint32_t log_id);
+
+/**
+ * Deletes the whole journal. The request announces a payload of 20480 zero bytes.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 413.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_delete_all_transaction_logs(kvn_device_conn *conn);
+
+/* File transfer (command 120): a start exchange (request type 4 or 5), then one exchange
+ * per packet of at most 65536 bytes (types 1 and 2). Local files are read and created
+ * through the C runtime; paths are UTF-8 (wide paths on Windows). */
+
+/** Bytes of file data one packet carries at most. */
+#define KVN_FILE_PACKET_SIZE 65536
+
+/** A file to move between a local path and the terminal, or to delete there. */
+typedef struct kvn_file_transfer_request {
+    uint32_t file_type;      /* tag 4: kind or slot of the file on the terminal */
+    const char *local_path;  /* local file read by an upload, created by a download */
+    char file_name[256];     /* tag 5, at its own length: the name on the terminal */
+} kvn_file_transfer_request;
+KVN_RECORD_SIZE(kvn_file_transfer_request, 272, 272);
+
+/**
+ * Sends a local file to the terminal: a start packet (tags 4, 5, 6 the size, 7 the packet
+ * count), whose answer may replace the transfer id (tag 1), the size (6) and the packet count
+ * (7; at most 65536 are sent), then one packet per 64 KiB (tags 1, 3, 8). A packet that fails
+ * to go out is not repeated: the next chunk goes under the same packet number
+ * (kvn_ext_upload_file() stops instead). Files of 4 GiB or more are refused.
+ * @param[in] conn     open connection.
+ * @param[in] request  file type, local path and name on the terminal.
+ * @par Request: upload (0x00040002), then set (0x00010002) per packet, command 120.
+ * @return 0 on success, the status of the last exchange, or:
+ * @retval -13 the local file cannot be sized or opened, is 4 GiB or more, or reads short.
+ * @retval -1 request did not fit, malformed start answer, or an answer of 204800 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_upload_file(kvn_device_conn *conn, const kvn_file_transfer_request *request);
+
+/**
+ * Fetches a file from the terminal into a local file, created before the terminal is asked:
+ * a start packet (tags 4, 5), whose answer gives the transfer id, size and packet count, then
+ * one request per packet (tags 1, 3). A packet that fails is asked again within the packet
+ * count's number of attempts (at most 65536; kvn_ext_download_file() stops instead), so a
+ * terminal that falls silent costs one read wait per attempt left; the terminal's packet
+ * number (tag 3) decides when the last one has come.
+ * @param[in] conn     open connection.
+ * @param[in] request  file type, local path and name on the terminal.
+ * @par Request: download (0x00050002), then get (0x00020002) per packet, command 120.
+ * @return 0 on success, the status of the last exchange, or:
+ * @retval -13 the local file cannot be created, or a write is short.
+ * @retval -1 request did not fit, malformed answer, a packet of more than 65536 bytes, or an
+ *            answer of 204800 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_download_file(kvn_device_conn *conn, const kvn_file_transfer_request *request);
+
+/**
+ * Deletes a file on the terminal (tags 4 and 5).
+ * @param[in] conn     open connection.
+ * @param[in] request  file type and name; the local path is not used.
+ * @par Request: reset (0x00030002), command 120.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 request did not fit 1024 bytes (nothing sent), or an answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_delete_file(kvn_device_conn *conn, const kvn_file_transfer_request *request);
+
+/**
+ * Asks the terminal to upgrade its firmware from the package it holds (tag 5 = 1).
+ * @param[in] conn  open connection.
+ * @par Request: set (0x00010002), command 601.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_upgrade_firware(kvn_device_conn *conn);
+
+/**
+ * Asks the terminal to restore the backup it holds (tag 7 = 1).
+ * @param[in] conn  open connection.
+ * @par Request: set (0x00010002), command 601.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_restore_backup_file(kvn_device_conn *conn);
+
+/**
+ * Asks the terminal to export its users to a CSV file (tag 8 = 1, tag 10 the name).
+ * @param[in] conn  open connection.
+ * @param[in] name  NUL-terminated file name on the terminal.
+ * @par Request: get (0x00020002), command 601.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 @p name is NULL or does not fit 1024 bytes (nothing sent), or an answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_upgrade_firware_export_csv_file(kvn_device_conn *conn, const char *name);
+
+/**
+ * Asks the terminal to import users from a CSV file it holds (tag 9 = 1, tag 10 the name).
+ * @param[in] conn  open connection.
+ * @param[in] name  NUL-terminated file name on the terminal.
+ * @par Request: set (0x00010002), command 601.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 @p name is NULL or does not fit 1024 bytes (nothing sent), or an answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_upgrade_firware_import_csv_file(kvn_device_conn *conn, const char *name);
+
+/* User groups (commands 10 to 12) and the users' display image (command 156). */
+
+/** Groups a kvn_user_group_page holds. */
+#define KVN_USER_GROUP_PAGE_MAX 50
+
+/** One user group. */
+typedef struct kvn_user_group {
+    uint32_t group_id;      /* tag 2 */
+    char group_name[52];    /* tag 3 at its own length; a read copies at most 50 bytes, adding no NUL */
+} kvn_user_group;
+KVN_RECORD_SIZE(kvn_user_group, 56, 56);
+
+/** A page of user groups. */
+typedef struct kvn_user_group_page {
+    uint32_t range_start;   /* tag 4: first position asked for */
+    uint32_t range_end;     /* tag 5: the read takes at most range_end - range_start groups (at most 50) */
+    /** Groups decoded, from index 0. */
+    kvn_user_group groups[KVN_USER_GROUP_PAGE_MAX];
+    uint32_t total;         /* tag 6 inside a group: the terminal's number of groups */
+} kvn_user_group_page;
+KVN_RECORD_SIZE(kvn_user_group_page, 2812, 2812);
+
+/**
+ * Stores a user group (tag 2 id, tag 3 name).
+ * @param[in] conn   open connection.
+ * @param[in] group  the group.
+ * @par Request: set (0x00010002), command 10.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_store_user_group(kvn_device_conn *conn, kvn_user_group *group);
+
+/**
+ * Deletes a user group; the request carries the whole group, id and name.
+ * @param[in] conn   open connection.
+ * @param[in] group  the group.
+ * @par Request: reset (0x00030002), command 10.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_delete_user_group(kvn_device_conn *conn, kvn_user_group *group);
+
+/**
+ * Reads a page of user groups (tags 4 and 5 out; one tag-1 container per group back).
+ * Decoding ends with success after range_end - range_start groups (at most 50), even
+ * with input left.
+ * @param[in] conn      open connection.
+ * @param[in,out] page  range in; groups and total out.
+ * @par Request: get (0x00020002), command 10.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 204800 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_retrieve_user_group(kvn_device_conn *conn, kvn_user_group_page *page);
+
+/**
+ * Reads the number of user groups.
+ * @param[in] conn    open connection.
+ * @param[out] count  receives tag 1 of the answer; left as it was when the answer has no payload.
+ * @par Request: get (0x00020002), command 11.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 20480 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_get_total_user_group_count(kvn_device_conn *conn, uint32_t *count);
+
+/**
+ * Deletes every user group.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 12.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_delete_all_user_group(kvn_device_conn *conn);
+
+/**
+ * Writes the users' display-image setting (tag 4, four bytes).
+ * @param[in] conn   open connection.
+ * @param[in] value  the setting; its meaning is the terminal's.
+ * @par Request: set (0x00010002), command 156.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_store_user_display_image_setting(kvn_device_conn *conn, uint32_t value);
+
+/**
+ * Reads the users' display-image setting. The request announces 1024 zero bytes.
+ * @param[in] conn    open connection.
+ * @param[out] value  receives tag 4 of the answer; left as it was when the answer has no payload.
+ * @par Request: get (0x00020002), command 156.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 malformed answer, or one of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_retrieve_user_display_image_setting(kvn_device_conn *conn, uint32_t *value);
+
+/**
+ * Resets the users' display-image setting to the terminal's default.
+ * @param[in] conn  open connection.
+ * @par Request: reset (0x00030002), command 156.
+ * @return 0 on success, the terminal's status (returned unchanged), or:
+ * @retval -1 answer of 1024 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_reset_user_display_image_setting(kvn_device_conn *conn);
+
+/* Library extension: file transfer with progress and cancel. Unlike kvn_upload_file()
+ * and kvn_download_file(), any failed packet ends the transfer with its status. */
+
+/** Where a transfer stands, given to the progress callback. */
+typedef struct kvn_ext_transfer_progress {
+    uint64_t bytes_done;     /* file bytes moved so far */
+    uint64_t bytes_total;    /* file size (the terminal's, for a download) */
+    uint32_t packets_done;   /* packets moved so far */
+    uint32_t packets_total;  /* packets of the transfer (after the start answer) */
+} kvn_ext_transfer_progress;
+KVN_RECORD_SIZE(kvn_ext_transfer_progress, 24, 24);
+
+/** Progress callback: called after the start answer and after every packet. Returns 0 to go
+ *  on; any other value ends the transfer, which then returns that value. */
+typedef int32_t (*kvn_ext_progress_fn)(const kvn_ext_transfer_progress *progress, void *context);
+
+/**
+ * kvn_upload_file() with progress and cancel; a packet that fails ends the transfer.
+ * @param[in] conn      open connection.
+ * @param[in] request   file type, local path and name on the terminal.
+ * @param[in] progress  called after the start answer and each packet; may be NULL.
+ * @param[in] context   passed to every call of @p progress.
+ * @par Request: upload (0x00040002), then set (0x00010002) per packet, command 120.
+ * @return 0 on success, the first failing exchange's status, the callback's non-zero value, or:
+ * @retval -13 the local file cannot be sized or opened, is 4 GiB or more, or reads short.
+ * @retval -1 request did not fit, malformed start answer, or an answer of 204800 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_ext_upload_file(kvn_device_conn *conn, const kvn_file_transfer_request *request,
+                                    kvn_ext_progress_fn progress, void *context);
+
+/**
+ * kvn_download_file() with progress and cancel; a packet that fails ends the transfer.
+ * @param[in] conn      open connection.
+ * @param[in] request   file type, local path and name on the terminal.
+ * @param[in] progress  called after the start answer and each packet; may be NULL.
+ * @param[in] context   passed to every call of @p progress.
+ * @par Request: download (0x00050002), then get (0x00020002) per packet, command 120.
+ * @return 0 on success, the first failing exchange's status, the callback's non-zero value, or:
+ * @retval -13 the local file cannot be created, or a write is short.
+ * @retval -1 request did not fit, malformed answer, a packet of more than 65536 bytes, or an
+ *            answer of 204800 bytes or more.
+ * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ */
+KVN_API int32_t kvn_ext_download_file(kvn_device_conn *conn, const kvn_file_transfer_request *request,
+                                      kvn_ext_progress_fn progress, void *context);
+
 /* @@LOGS@@ (end of section) */
 
 /* ------------------------------------------------------------------------- */

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <map>
 #include <memory>
@@ -68,6 +69,15 @@ inline Setup setup_for(const std::string& name) {
          [](Args& a) { *a.at<kvn_user_store_request>(1) = {a.at<kvn_user_record>(2), a.at<kvn_user_store_result>(3)}; }},
         {"kvn_verify_by_user_record", [](Args& a) { a.at<kvn_verify_user_record_request>(1)->record = a.at<kvn_user_record>(2); }},
         // @@LOGS@@
+        // Transfers need a local file: an empty one to upload (only the start packet
+        // goes out), a path to create for a download. Relative to the working directory.
+        {"kvn_upload_file",
+         [](Args& a) {
+             if (std::FILE* f = std::fopen("kvn_export_upload.bin", "wb")) std::fclose(f);
+             a.at<kvn_file_transfer_request>(1)->local_path = "kvn_export_upload.bin";
+         }},
+        {"kvn_download_file",
+         [](Args& a) { a.at<kvn_file_transfer_request>(1)->local_path = "kvn_export_download.bin"; }},
         // @@CARDS@@
     };
     const auto it = setups.find(name);

@@ -186,6 +186,19 @@ TEST(Lists, HowADecodedElementFindsItsEntry) {
         EXPECT_EQ(f.count * 100 + none.count * 10 + e[2].id, 200u);
         EXPECT_EQ(e[1].id, 0x11u);
     }
+    // An entry row stored in the list's owner (a page's total inside each entry).
+    {
+        static constexpr Field kWithTotal[] = {u32(17, KVN_MEMBER(Entry, id)), u32(19, KVN_MEMBER(Rec, to)).outer()};
+        static constexpr List l = array(KVN_MEMBER(Rec, e)).in(16).of(kWithTotal);
+        static constexpr Field d[] = {list(l)};
+        Rec r{};
+        EXPECT_EQ(run(d, cat({group(16, {17, 1, 0x11, 19, 1, 7}), group(16, {19, 1, 9, 17, 1, 0x22})}), r), 0);
+        EXPECT_EQ(r.to, 9u);
+        EXPECT_EQ(r.e[0].id, 0x11u);
+        EXPECT_EQ(r.e[1].id, 0x22u);
+        EXPECT_EQ(r.e[0].name[0], 0);  // not written at the entry's own offset
+        EXPECT_EQ(encoded(d, &r).size(), 4u * (6 + 6));  // four containers of one id: the outer row is decode only
+    }
     // Flat, appending at the caller's u8 count (kept), several tags alike.
     {
         static constexpr List l =

@@ -49,6 +49,8 @@ std::string command_line(const Options& o) {
         for (uint8_t b : o.card) h += std::string{hex[b >> 4], hex[b & 15]};
         add("--card " + h);
     }
+    if (f.start_packets != 0) add("--start-packets " + std::to_string(f.start_packets));
+    if (f.refuse_packet != 0) add("--refuse-packet " + std::to_string(f.refuse_packet));
     return args;
 }
 

@@ -44,6 +44,10 @@ struct Request {
 int32_t transact(kvn_device_conn* conn, const Request& rq, const ConstBuf* pieces, size_t count, uint32_t length,
                  uint8_t* buffer, uint32_t* received) noexcept;
 
+// The same, telling in `*sent` whether the request went out.
+int32_t transact(kvn_device_conn* conn, const Request& rq, const ConstBuf* pieces, size_t count, uint32_t length,
+                 uint8_t* buffer, uint32_t* received, bool* sent) noexcept;
+
 // Placeholders for "no payload" and "status only".
 struct NoEncoder {};
 struct NoDecoder {};
@@ -188,4 +192,28 @@ int32_t send_raw(kvn_device_conn* conn, const Request& rq, const void* data, uin
 }
 
 }  // namespace cmd
+
+// `call` on a buffer the caller keeps across several requests (the packets of a
+// file transfer share one heap buffer). `*sent` tells whether the request went
+// out, so that a caller can treat a request that failed to go apart from an
+// answer that failed to come.
+template <class Encode, class Decode>
+int32_t call_in(kvn_device_conn* conn, uint8_t* buffer, uint32_t size, const Request& rq, Encode&& encode,
+                Decode&& decode, bool* sent) noexcept {
+    *sent = false;
+    if (conn == nullptr) return KVN_E_WRITE_TIMEOUT;
+    ConstBuf pieces[2 * tlv::Writer::kMaxRefs + 1]{};
+    tlv::Writer w(buffer, size);
+    encode(w);
+    if (w.result() != 0) return w.result();
+    uint32_t received = size;
+    const int32_t rc = transact(conn, rq, pieces, w.pieces(pieces), w.used(), buffer, &received, sent);
+    if constexpr (std::is_same_v<std::decay_t<Decode>, NoDecoder>) {
+        return rc;
+    } else {
+        if (rc != 0) return rc;
+        return decode(static_cast<const uint8_t*>(buffer), received);
+    }
+}
+
 }  // namespace kvn

@@ -163,6 +163,7 @@ struct Level {
     tlv::Empty empty;
     int32_t remembered = 0;
     ListState lists[kMaxLists]{};
+    uint8_t* owner = nullptr;  // in a list entry: the record that holds the list (outer rows)
 };
 
 int32_t decode_level(Level& level, const uint8_t* p, uint32_t n) noexcept;
@@ -269,12 +270,15 @@ int32_t store_value(const Field& f, uint8_t* m, const uint8_t* v, uint32_t len, 
 // Stores one element into `base` by the row that carries its tag.
 int32_t store_row(Level& level, const Field& f, const uint8_t* v, uint32_t len) noexcept {
     uint8_t* m = at(level.base, f, level.index);
+    if (f.outer_member) m = level.owner != nullptr ? level.owner + f.offset : nullptr;
+    if (m == nullptr) return 0;  // an outer row outside a list has no owner
     switch (f.kind) {
         case Kind::record:
         case Kind::self: {
             if (level.depth + 1 > kMaxDepth) return -1;
             Level inner{f.kind == Kind::self ? level.desc : f.desc, f.kind == Kind::self ? level.base : m,
                         level.index, level.depth + 1, level.empty};
+            inner.owner = level.owner;
             const int32_t rc = decode_level(inner, v, len);
             if (rc == kStop) return kStop;
             if (f.copy == Copy::result) {
@@ -335,6 +339,7 @@ int32_t decode_level(Level& level, const uint8_t* p, uint32_t n) noexcept {
 int32_t decode_container(Level& level, const List& l, ListState& s, const uint8_t* v, uint32_t len) noexcept {
     if (level.depth + 1 > kMaxDepth) return -1;
     Level entry{l.entry, nullptr, 0, level.depth + 1, level.empty};
+    entry.owner = level.base;
     auto target = [&](uint32_t i) {
         entry.base = i < s.capacity ? entry_at(l, level.base, i) : nullptr;
         entry.index = i;
@@ -411,6 +416,7 @@ int32_t decode_flat(Level& level, const List& l, ListState& s, const Field& f, u
         advance(l, s, level.base);
     }
     Level entry{l.entry, entry_at(l, level.base, i), i, level.depth, level.empty};
+    entry.owner = level.base;
     return store_row(entry, f, v, len);
 }
 

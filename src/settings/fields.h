@@ -95,6 +95,7 @@ struct Field {
     Desc desc{};                 // record: the nested record's rows
     StoreFn store = nullptr;     // custom
     uint32_t column = 0;         // in a list over parallel arrays: the step from entry to entry
+    bool outer_member = false;   // in a list entry: the member belongs to the list's owner, not the entry
 
     // Modifiers, each returning the changed row.
     constexpr Field nonzero() const { Field f = *this; f.send = Send::nonzero; return f; }
@@ -112,6 +113,9 @@ struct Field {
     constexpr Field by_ref() const { Field f = *this; f.by_reference = true; return f; }
     constexpr Field each(uint32_t step) const { Field f = *this; f.column = step; return f; }
     constexpr Field shortest_form() const { Field f = *this; f.shortest = true; return f; }
+    // A row of a list entry that stores into the owner of the list (a page's total
+    // reported inside each entry); decode only.
+    constexpr Field outer() const { Field f = *this; f.outer_member = true; f.send = Send::never; return f; }
 
 private:
     static void limit_beyond_member() {}  // not constexpr: a call stops compilation

@@ -96,6 +96,7 @@ Reply Terminal::files(Session& s, const Request& rq) {
                 t.packets = (t.size + kPacket - 1) / kPacket;
                 t.data = *f;
             }
+            if (s.start_packets != 0) t.packets = s.start_packets;  // a terminal that miscounts
             const uint32_t tid = next_transfer_++;
             Out o;
             o.u32(1, tid);
@@ -116,6 +117,10 @@ Reply Terminal::files(Session& s, const Request& rq) {
             if (it == s.transfers.end() || !it->second.upload) return Reply::of(KVN_E_INVALID_FILE_ID);
             Transfer& t = it->second;
             if (packet != t.next) return Reply::of(KVN_E_INVALID_PACKET_ID);
+            if (packet == s.refuse_packet) {
+                s.transfers.erase(it);
+                return Reply::of(KVN_E_DEVICE_FAILED_TO_WRITE_FILE);
+            }
             const uint32_t left = t.size - uint32_t(t.data.size());
             if (data->length != std::min(left, kPacket)) return Reply::of(KVN_E_INVALID_PACKET_SIZE);
             // A packet that came in its own buffer is kept there.
@@ -135,7 +140,7 @@ Reply Terminal::files(Session& s, const Request& rq) {
             if (it == s.transfers.end() || it->second.upload) return Reply::of(KVN_E_INVALID_FILE_ID);
             const Transfer& t = it->second;
             if (packet < 1 || packet > t.packets) return Reply::of(KVN_E_INVALID_PACKET_ID);
-            const size_t from = size_t(packet - 1) * kPacket;
+            const size_t from = std::min(size_t(packet - 1) * kPacket, t.data.size());
             const size_t n = std::min<size_t>(kPacket, t.data.size() - from);
             Out o;
             o.u32(1, id);

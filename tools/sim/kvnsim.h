@@ -27,6 +27,8 @@ struct Faults {
     bool bad_crc = false;            // answers carry a wrong CRC
     bool byte_by_byte = false;       // answers go out one byte per write
     uint32_t byte_delay_us = 100;    // pause between those writes
+    uint32_t start_packets = 0;      // file transfer starts announce this many packets (0: what the file needs)
+    uint32_t refuse_packet = 0;      // upload packet with this number: "Device failed to write file" (0: off)
 };
 
 struct Options {

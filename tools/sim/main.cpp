@@ -2,7 +2,8 @@
 //
 //   kvn-sim [--listen ADDRESS:PORT] [--state DIR] [--serial] [--prefill-logs N]
 //           [--latency-ms N] [--no-answer] [--close-after N] [--bad-sync]
-//           [--bad-crc] [--byte-by-byte] [--card HEX] [--quiet]
+//           [--bad-crc] [--byte-by-byte] [--start-packets N] [--refuse-packet N]
+//           [--card HEX] [--quiet]
 //
 // Prints the address it listens on (or the pseudo-terminal path) and serves
 // until SIGINT or SIGTERM.
@@ -35,7 +36,9 @@ void usage(FILE* out) {
                  "  --close-after N        send N bytes of each answer, then close\n"
                  "  --bad-sync             answers start with a wrong sync word\n"
                  "  --bad-crc              answers carry a wrong CRC\n"
-                 "  --byte-by-byte         answers go out one byte per write\n");
+                 "  --byte-by-byte         answers go out one byte per write\n"
+                 "  --start-packets N      file transfer starts announce N packets\n"
+                 "  --refuse-packet N      upload packet N is refused (\"Device failed to write file\")\n");
 }
 
 bool number(const char* text, unsigned long long max, unsigned long long* out) {
@@ -86,6 +89,9 @@ int main(int argc, char** argv) {
             opt.faults.bad_crc = true;
         } else if (a == "--byte-by-byte") {
             opt.faults.byte_by_byte = true;
+        } else if (a == "--start-packets" || a == "--refuse-packet") {
+            if (!number(value(), 65536, &n)) return std::fprintf(stderr, "kvn-sim: bad %s\n", a.c_str()), 2;
+            (a == "--start-packets" ? opt.faults.start_packets : opt.faults.refuse_packet) = uint32_t(n);
         } else if (a == "--card") {
             const std::string h = value();
             if (h.size() % 2 != 0 || h.empty() || h.size() > 128)

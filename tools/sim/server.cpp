@@ -274,6 +274,8 @@ struct Simulator::Impl {
     void serve_frames(int fd, bool tty, Faults f) {
         Reader in(fd, tty, wake[0]);
         Session session;
+        session.start_packets = f.start_packets;
+        session.refuse_packet = f.refuse_packet;
         uint8_t head[28];
         uint8_t tail[4];
         while (running.load(std::memory_order_relaxed)) {

@@ -60,6 +60,8 @@ struct Transfer {
 // Per-connection state.
 struct Session {
     std::map<uint32_t, Transfer> transfers;
+    uint32_t start_packets = 0;  // faults of the connection, see Faults
+    uint32_t refuse_packet = 0;
 };
 
 // Shape of the elements a settings group takes.
