@@ -12,7 +12,8 @@
 
 using namespace kvn;
 using namespace kvn::row;
-using Bytes = std::vector<uint8_t>;
+using kvntest::Bytes;
+using kvntest::cat;
 
 namespace {
 
@@ -28,18 +29,9 @@ Bytes encoded(Desc desc, const void* rec, int32_t* rc = nullptr, const Slice* sl
 }
 
 // Three levels: a table of schedules, each of days, as the schedule families nest them.
-struct Day {
-    uint8_t slot[2];
-};
-struct Sched {
-    uint32_t enabled;
-    char name[8];
-    Day days[2];
-};
-struct Table {
-    uint32_t value;
-    Sched s[3];
-};
+struct Day { uint8_t slot[2]; };
+struct Sched { uint32_t enabled; char name[8]; Day days[2]; };
+struct Table { uint32_t value; Sched s[3]; };
 constexpr Field kDay[] = {position(9, 1), u8(10, KVN_MEMBER(Day, slot[0])), u8(11, KVN_MEMBER(Day, slot[1]))};
 constexpr List kDays = array(KVN_MEMBER(Sched, days)).in(8).by(9, 0, -1009).of(kDay);
 constexpr Field kSched[] = {position(4, 1), u32(5, KVN_MEMBER(Sched, enabled)), text(6, KVN_MEMBER(Sched, name)),
@@ -79,21 +71,10 @@ TEST(Lists, NestedContainersWithPositionsAndGatesRoundTrip) {
 
 namespace {
 
-struct Entry {
-    uint32_t id;
-    char name[6];
-};
-struct Rec {
-    uint32_t low;   // low-byte counter
-    uint8_t count;  // u8 counter
-    uint32_t from, to;
-    Entry e[4];
-};
+struct Entry { uint32_t id; char name[6]; };
+struct Rec { uint32_t low; uint8_t count; uint32_t from, to; Entry e[4]; };  // counters, a range, entries
 constexpr Field kEntry[] = {u32(17, KVN_MEMBER(Entry, id)), text(18, KVN_MEMBER(Entry, name))};
-struct Far {  // entries passed beside the record
-    uint8_t count;
-    Entry* e;
-};
+struct Far { uint8_t count; Entry* e; };  // entries passed beside the record
 constexpr Field kNameOnly[] = {text(4, KVN_MEMBER(Entry, name)), text(5, KVN_MEMBER(Entry, name))};
 
 int32_t run(Desc desc, const Bytes& p, Rec& r) {
@@ -101,16 +82,7 @@ int32_t run(Desc desc, const Bytes& p, Rec& r) {
     return decode(desc, p.data(), static_cast<uint32_t>(p.size()), &r);
 }
 
-Bytes group(uint8_t tag, Bytes inner) {
-    Bytes b = {tag, static_cast<uint8_t>(inner.size())};
-    b.insert(b.end(), inner.begin(), inner.end());
-    return b;
-}
-Bytes cat(std::initializer_list<Bytes> parts) {
-    Bytes b;
-    for (const Bytes& p : parts) b.insert(b.end(), p.begin(), p.end());
-    return b;
-}
+Bytes group(uint8_t tag, const Bytes& inner) { return kvntest::el(tag, inner); }
 
 }  // namespace
 
@@ -214,14 +186,8 @@ TEST(Lists, HowADecodedElementFindsItsEntry) {
 }
 
 TEST(Lists, PairingByOccurrenceRebuildsTheList) {
-    struct Item {
-        char a[4];
-        char b[4];
-    };
-    struct Pairs {
-        uint32_t count, total;
-        Item items[2];
-    };
+    struct Item { char a[4], b[4]; };
+    struct Pairs { uint32_t count, total; Item items[2]; };
     static constexpr Field item[] = {text(1, KVN_MEMBER(Item, a)).terminate(4), text(2, KVN_MEMBER(Item, b)).terminate(4)};
     static constexpr List l = array(KVN_MEMBER(Pairs, items)).of(item).pairing().clearing_new().counting(
         Counter::count_total, offsetof(Pairs, count), offsetof(Pairs, total));
@@ -239,20 +205,8 @@ TEST(Lists, PairingByOccurrenceRebuildsTheList) {
 }
 
 TEST(Rows, CopyRules) {
-    struct R {
-        uint16_t small;
-        uint32_t word;
-        uint32_t byte_word;
-        uint8_t blob[6];
-        uint8_t length;
-        char ip[16];
-    };
-    struct Case {
-        Field row;
-        Bytes value;
-        int32_t rc;
-        Bytes after;  // the member's bytes afterwards, from a record filled with 0xEE
-    };
+    struct R { uint16_t small; uint32_t word, byte_word; uint8_t blob[6], length; char ip[16]; };
+    struct Case { Field row; Bytes value; int32_t rc; Bytes after; };  // after: the member, from 0xEE
     const Case cases[] = {
         {u16(1, KVN_MEMBER(R, small)), {0x01}, 0, {0x01, 0x00}},                           // zero-extended
         {u16(1, KVN_MEMBER(R, small)).raw(), {0x01}, 0, {0x01, 0xEE}},                     // partial store
@@ -271,9 +225,7 @@ TEST(Rows, CopyRules) {
         R r;
         std::memset(&r, 0xEE, sizeof r);
         const Field d[] = {k.row, u32(9, KVN_MEMBER(R, word))};
-        Bytes in = {1, static_cast<uint8_t>(k.value.size())};
-        in.insert(in.end(), k.value.begin(), k.value.end());
-        in.insert(in.end(), {9, 1, 0x42});  // a later element: still stored unless the rule stopped
+        const Bytes in = cat({group(1, k.value), {9, 1, 0x42}});  // a later element: stored unless the rule stopped
         EXPECT_EQ(decode(d, in.data(), static_cast<uint32_t>(in.size()), &r), k.rc) << int(k.row.copy);
         const auto* m = reinterpret_cast<const uint8_t*>(&r) + k.row.offset;
         EXPECT_EQ(Bytes(m, m + k.after.size()), k.after) << int(k.row.copy);
@@ -284,13 +236,7 @@ TEST(Rows, CopyRules) {
 }
 
 TEST(Rows, PresenceAddressesAndCountsWhenEncoding) {
-    struct R {
-        uint32_t mode;
-        uint32_t port;
-        char ip[16];
-        uint8_t data[4];
-        uint32_t length;
-    };
+    struct R { uint32_t mode, port; char ip[16]; uint8_t data[4]; uint32_t length; };
     static constexpr Field d[] = {
         u32(3, KVN_MEMBER(R, port)).nonzero(),
         address(2, KVN_MEMBER(R, ip)).when(is_not(KVN_MEMBER(R, mode), 1)),
@@ -316,9 +262,7 @@ TEST(Rows, PresenceAddressesAndCountsWhenEncoding) {
 }
 
 TEST(Rows, RecursionResultsAndDepth) {
-    struct R {
-        uint32_t v;
-    };
+    struct R { uint32_t v; };
     static constexpr Field d[] = {u32(2, KVN_MEMBER(R, v)), self(1)};
     R r{};
     // The nested decode's result is the result: a malformed inner stream gives -1
@@ -353,7 +297,7 @@ TEST(Writer, ValuesByReferenceAndShortestContainers) {
     EXPECT_EQ(Bytes(buf, buf + s.used()), (Bytes{1, 3, 5, 1, 6}));
 }
 
-// Buffers the library's 32 KiB frame guard would refuse come from the heap, below 64 KiB too.
+// Buffers the library's 32 KiB frame guard would refuse come from the heap.
 static_assert(sizeof(kvn::Buffer<51200>) == sizeof(void*) && sizeof(kvn::Buffer<20480>) == 20480);
 
 TEST(Shapes, RawPayloadSentAsItIsBeyondTheAnswerBuffer) {
