@@ -73,37 +73,47 @@ struct Buffer<Size, true> {
     uint8_t* data() noexcept { return p; }
 };
 
-template <uint32_t Size, class Encode, class Decode>
-int32_t call(kvn_device_conn* conn, const Request& rq, Encode&& encode, Decode&& decode) noexcept {
+// The exchange on a buffer the caller provides (a file transfer keeps one across
+// its packets). `*sent` tells whether the request went out, so that a request that
+// failed to go can be told from an answer that failed to come.
+template <class Encode, class Decode>
+int32_t call_in(kvn_device_conn* conn, uint8_t* buffer, uint32_t size, const Request& rq, Encode&& encode,
+                Decode&& decode, bool* sent) noexcept {
+    *sent = false;
     if (conn == nullptr) return KVN_E_WRITE_TIMEOUT;
-    Buffer<Size> buffer;
-    uint8_t* b = buffer.data();
-    if (b == nullptr) return KVN_E_TLV_BUFFER_OVERFLOW;  // no memory: nothing is sent
-
     ConstBuf pieces[2 * tlv::Writer::kMaxRefs + 1]{};
     size_t count = 0;
     uint32_t length = 0;
-    if constexpr (!std::is_same_v<std::decay_t<Encode>, NoEncoder>) {
-        tlv::Writer w(b, Size);
+    constexpr bool with_encoder = !std::is_same_v<std::decay_t<Encode>, NoEncoder>;
+    if constexpr (with_encoder) {
+        tlv::Writer w(buffer, size);
         encode(w);
         if (w.result() != 0) return w.result();
         count = w.pieces(pieces);
         length = w.used();
     } else if (rq.zeros != 0) {
-        length = rq.zeros <= Size ? rq.zeros : Size;
-        std::memset(b, 0, length);
-        pieces[count++] = ConstBuf{b, length};
+        length = rq.zeros <= size ? rq.zeros : size;
+        std::memset(buffer, 0, length);
+        pieces[count++] = ConstBuf{buffer, length};
     }
     // A family may read the answer to its payload with the payload's length as capacity.
-    uint32_t received = Size;
-    if (!std::is_same_v<std::decay_t<Encode>, NoEncoder> && rq.capacity == Capacity::sent_length) received = length;
-    const int32_t rc = transact(conn, rq, pieces, count, length, b, &received);
+    uint32_t received = (with_encoder && rq.capacity == Capacity::sent_length) ? length : size;
+    const int32_t rc = transact(conn, rq, pieces, count, length, buffer, &received, sent);
     if constexpr (std::is_same_v<std::decay_t<Decode>, NoDecoder>) {
         return rc;
     } else {
         if (rc != 0) return rc;
-        return decode(static_cast<const uint8_t*>(b), received);
+        return decode(static_cast<const uint8_t*>(buffer), received);
     }
+}
+
+template <uint32_t Size, class Encode, class Decode>
+int32_t call(kvn_device_conn* conn, const Request& rq, Encode&& encode, Decode&& decode) noexcept {
+    if (conn == nullptr) return KVN_E_WRITE_TIMEOUT;
+    Buffer<Size> buffer;
+    if (buffer.data() == nullptr) return KVN_E_TLV_BUFFER_OVERFLOW;  // no memory: nothing is sent
+    bool sent = false;
+    return call_in(conn, buffer.data(), Size, rq, std::forward<Encode>(encode), std::forward<Decode>(decode), &sent);
 }
 
 // A record table as an encoder or a decoder.
@@ -192,28 +202,5 @@ int32_t send_raw(kvn_device_conn* conn, const Request& rq, const void* data, uin
 }
 
 }  // namespace cmd
-
-// `call` on a buffer the caller keeps across several requests (the packets of a
-// file transfer share one heap buffer). `*sent` tells whether the request went
-// out, so that a caller can treat a request that failed to go apart from an
-// answer that failed to come.
-template <class Encode, class Decode>
-int32_t call_in(kvn_device_conn* conn, uint8_t* buffer, uint32_t size, const Request& rq, Encode&& encode,
-                Decode&& decode, bool* sent) noexcept {
-    *sent = false;
-    if (conn == nullptr) return KVN_E_WRITE_TIMEOUT;
-    ConstBuf pieces[2 * tlv::Writer::kMaxRefs + 1]{};
-    tlv::Writer w(buffer, size);
-    encode(w);
-    if (w.result() != 0) return w.result();
-    uint32_t received = size;
-    const int32_t rc = transact(conn, rq, pieces, w.pieces(pieces), w.used(), buffer, &received, sent);
-    if constexpr (std::is_same_v<std::decay_t<Decode>, NoDecoder>) {
-        return rc;
-    } else {
-        if (rc != 0) return rc;
-        return decode(static_cast<const uint8_t*>(buffer), received);
-    }
-}
 
 }  // namespace kvn
