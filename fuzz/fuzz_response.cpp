@@ -27,20 +27,11 @@ std::vector<uint8_t> frame(const uint8_t* payload, size_t n) {
 
 // Each record is kept between runs (one per type, shared by the exports that take
 // it) so that stale contents (counts, lengths) left by earlier answers are exercised too.
-template <class T>
-T* keep() {
-    static auto r = std::make_unique<T>();
-    return r.get();
-}
-template <class T, size_t N>
-T* keep_array() {
-    return keep<std::array<T, N>>()->data();
-}
+template <class T> T* keep() { static auto r = std::make_unique<T>(); return r.get(); }
+template <class T, size_t N> T* keep_array() { return keep<std::array<T, N>>()->data(); }
 // An export that takes one record after the connection, given that record.
 template <class T>
-void run(int32_t (*get)(kvn_device_conn*, T*), kvn_device_conn* c) {
-    get(c, keep<std::remove_const_t<T>>());
-}
+void run(int32_t (*get)(kvn_device_conn*, T*), kvn_device_conn* c) { get(c, keep<std::remove_const_t<T>>()); }
 
 // An enrolment request with its answer buffers (the second one only sometimes).
 kvn_enrollment_request* enrolment(bool both) {

@@ -25,11 +25,8 @@ using namespace kvntest;
 
 namespace {
 
-struct Answer {
-    int32_t rc;
-    Bytes payload;
-};
-// One request with a hand-made payload, through the library's frame functions.
+// One request with a hand-made payload, through the library's frame functions: status and answer.
+struct Answer { int32_t rc; Bytes payload; };
 Answer exchange(kvn_device_conn* c, uint16_t type, uint32_t command, const Bytes& payload = {}) {
     const uint32_t word = KVN_REQUEST_WORD(type);
     Answer a{kvn_send_command(c, &word, command, payload.empty() ? nullptr : payload.data(), uint32_t(payload.size())),
@@ -40,15 +37,18 @@ Answer exchange(kvn_device_conn* c, uint16_t type, uint32_t command, const Bytes
     return a;
 }
 
-// A simulator in a child process, killed and reaped whatever becomes of the test.
+// A simulator in a child process with its state in a directory of its own, killed and
+// reaped, the directory removed, whatever becomes of the test.
 struct Child {
+    std::string dir = (std::filesystem::temp_directory_path() / ("kvnsim-" + std::to_string(::getpid()))).string();
     pid_t pid = -1;
     uint16_t port = 0;
-    explicit Child(const std::string& state_dir) {
+    Child() {
+        std::filesystem::remove_all(dir);
         int fds[2];
         if (::pipe(fds) != 0) return;
         if ((pid = ::fork()) == 0) {
-            kvnsim::Simulator sim({.state_dir = state_dir});
+            kvnsim::Simulator sim({.state_dir = dir});
             if (!sim.start()) ::_exit(1);
             const uint16_t p = sim.port();
             (void)!::write(fds[1], &p, sizeof p);
@@ -62,13 +62,10 @@ struct Child {
         if (pid > 0) ::kill(pid, SIGKILL), ::waitpid(pid, nullptr, 0);
         pid = -1;
     }
-    ~Child() { kill9(); }
-};
-
-struct TempDir {
-    std::string path = (std::filesystem::temp_directory_path() / ("kvnsim-" + std::to_string(::getpid()))).string();
-    TempDir() { std::filesystem::remove_all(path); }
-    ~TempDir() { std::filesystem::remove_all(path); }
+    ~Child() {
+        kill9();
+        std::filesystem::remove_all(dir);
+    }
 };
 
 }  // namespace
@@ -76,8 +73,7 @@ struct TempDir {
 // Whatever was answered before a kill -9 is there after a restart; a temporary file
 // that a write cut short would leave is cleared away.
 TEST(SimState, NothingAnsweredIsLostToKill9) {
-    TempDir dir;
-    Child child(dir.path);
+    Child child;
     ASSERT_NE(child.port, 0) << "the simulator did not start";
     kvn_device_conn c = tcp_conn(child.port);
     ASSERT_EQ(kvn_open_device_conn(&c), 0);
@@ -88,10 +84,10 @@ TEST(SimState, NothingAnsweredIsLostToKill9) {
     ASSERT_EQ(kvn_open_door_for_time(&c, 3, 0), 0);
     child.kill9();
     kvn_close_device_conn(&c);
-    const std::string stray = dir.path + "/settings/149.tmp.999.0";
+    const std::string stray = child.dir + "/settings/149.tmp.999.0";
     std::ofstream(stray) << "torn";
 
-    Session s({.state_dir = dir.path});
+    Session s({.state_dir = child.dir});
     EXPECT_FALSE(std::filesystem::exists(stray));
     kvn_lcd_setting read{};
     ASSERT_EQ(kvn_get_lcd_settings(s.c, &read), 0);
@@ -135,11 +131,7 @@ TEST(SimRobustness, EveryCommandAnswersWhateverItIsSent) {
     ShortWaits waits(5000);
     uint32_t x = 2024;
     auto next = [&] { return (x = x * 1664525u + 1013904223u) >> 8; };
-    auto noise = [&](size_t n) {
-        Bytes v(n);
-        for (auto& b : v) b = static_cast<uint8_t>(next());
-        return v;
-    };
+    auto noise = [&](size_t n) { Bytes v(n); for (auto& b : v) b = static_cast<uint8_t>(next()); return v; };
     std::function<Bytes(int)> elements = [&](int depth) {  // containers of the same inside some
         static const size_t widths[] = {0, 1, 2, 4, 4, 4, 16, 17, 64, 200};
         Bytes p;

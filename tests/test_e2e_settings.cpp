@@ -37,6 +37,8 @@ void entries_round_trip(kvn_device_conn* c, const char* name, const Entries& w, 
     ASSERT_EQ(get_all(c, read.get()), 0) << name;
     EXPECT_EQ(std::memcmp(&read->e[n - 1], &w.e[n - 1], sizeof w.e[0]), 0) << name << ": entry " << n;
 }
+#define ENTRIES_ROUND_TRIP(c, F, w, n) \
+    entries_round_trip(c, #F, w, kvn_set_all_##F, kvn_set_single_##F, n, kvn_get_##F, kvn_reset_##F)
 
 class SettingsE2E : public ::testing::TestWithParam<bool> {};
 
@@ -45,18 +47,15 @@ class SettingsE2E : public ::testing::TestWithParam<bool> {};
 TEST_P(SettingsE2E, EveryFamilyRoundTripsAndEveryActionIsAccepted) {
     Session s({.serial = GetParam()});
     kvn_device_conn* c = s.c;
-    entries_round_trip(c, "led", leds(KVN_LED_COUNT), kvn_set_all_led_setting, kvn_set_single_led_setting, 5,
-                       kvn_get_led_setting, kvn_reset_led_setting);
-    entries_round_trip(c, "buzzer", leds(KVN_BUZZER_COUNT), kvn_set_all_buzzer_setting, kvn_set_single_buzzer_setting,
-                       18, kvn_get_buzzer_setting, kvn_reset_buzzer_setting);
+    ENTRIES_ROUND_TRIP(c, led_setting, leds(KVN_LED_COUNT), 5);
+    ENTRIES_ROUND_TRIP(c, buzzer_setting, leds(KVN_BUZZER_COUNT), 18);
     // Texts all set: an empty text is not sent, so what a terminal then keeps is its own affair.
     auto sounds = std::make_unique<Audio>(audio());
     for (kvn_audio_setting& e : sounds->e) {
         std::snprintf(e.short_text, sizeof e.short_text, "tone %u", e.index);
         std::snprintf(e.long_text, sizeof e.long_text, "announcement %u", e.index);
     }
-    entries_round_trip(c, "audio", *sounds, kvn_set_all_audio_setting, kvn_set_single_audio_setting, 3,
-                       kvn_get_audio_setting, kvn_reset_audio_setting);
+    ENTRIES_ROUND_TRIP(c, audio_setting, *sounds, 3);
     kvn_device_notification_setting note = notification();
     std::strcpy(note.text_b, "door");
     ROUND_TRIP(c, device_notification_setting, note);
@@ -104,8 +103,7 @@ INSTANTIATE_TEST_SUITE_P(Transports, SettingsE2E, ::testing::Values(false, true)
 // The terminal's misbehaviour reaches the caller as the matching status code.
 TEST(TerminalFaults, BecomeStatusCodes) {
     ShortWaits waits(400);
-    using F = kvnsim::Faults;
-    const std::pair<F, int32_t> cases[] = {
+    const std::pair<kvnsim::Faults, int32_t> cases[] = {
         {{.latency_ms = 50}, 0}, {{.latency_ms = 1500}, KVN_E_READ_TIMEOUT}, {{.no_answer = true}, KVN_E_READ_TIMEOUT},
         {{.close_after_bytes = 10}, KVN_E_READ_TIMEOUT}, {{.bad_sync = true}, KVN_E_INVALID_SYNC_WORD},
         {{.bad_crc = true}, KVN_E_CRC_MISMATCH}, {{.byte_by_byte = true}, 0},

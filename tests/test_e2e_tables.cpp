@@ -31,9 +31,7 @@ TEST(TablesE2E, ScheduleTablesRoundTrip) {
         std::memset(hol->schedules[i].name, 'A' + i % 26, 21);
         for (uint32_t h = 0; h < KVN_HOLIDAY_COUNT; ++h) {
             kvn_holiday& x = hol->schedules[i].holidays[h];
-            x.enabled = 1;
-            std::memset(x.name, 'a' + h % 26, 21);
-            std::memset(x.slots, int(i + h), 8);
+            x.enabled = 1, std::memset(x.name, 'a' + h % 26, 21), std::memset(x.slots, int(i + h), 8);
         }
     }
     round_trip(s.c, "holidays", *hol, kvn_set_all_holiday_schedule_setting, kvn_get_all_holiday_schedule_setting,
