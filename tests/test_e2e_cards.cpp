@@ -11,29 +11,21 @@
 using namespace kvntest;
 
 TEST(CardsE2E, EveryFamilyRoundTrips) {
-    Session s(false);
-    kvn_device_conn* c = &s.conn;
-    ASSERT_EQ(kvn_open_device_conn(c), 0);
-    round_trip(c, "csn", kvn_csn_setting{0x902, 0x1902}, kvn_set_csn_setting, kvn_get_csn_setting, kvn_reset_csn_setting);
-    round_trip(c, "pacs", uint32_t{0x917}, [](auto c2, const uint32_t* v) { return kvn_set_pacs_setting(c2, *v); },
-               kvn_get_pacs_setting, kvn_reset_pacs_setting);
+    Session s;
+    kvn_device_conn* c = s.c;
+    ROUND_TRIP(c, csn_setting, kvn_csn_setting{0x902, 0x1902});
+    round_trip(c, "pacs", uint32_t{0x917}, by_value<kvn_set_pacs_setting>, kvn_get_pacs_setting, kvn_reset_pacs_setting);
     round_trip(c, "mifare", *mifare(), kvn_set_mifare_cards_layout, kvn_get_mifare_cards_layout,
                [](auto c2) { return kvn_reset_mifare1k_card_layout(c2) | kvn_reset_mifare4k_card_layout(c2); });
     round_trip(c, "hid", *hid(1), kvn_set_hid_cards_layout, kvn_get_hid_cards_layout, kvn_reset_hid_card_layout);
-    round_trip(c, "desfire", *desfire(), kvn_set_desfire_settings, kvn_get_desfire_settings, kvn_reset_desfire_settings);
-    round_trip(c, "key flags", kvn_key_manipulation_flags{5, 20, 19}, kvn_set_key_manipulation_flags,
-               kvn_get_key_manipulation_flags, kvn_reset_key_manipulation_flags);
-    round_trip(c, "srl", *srl(), kvn_set_srl_server_settings, kvn_get_srl_server_settings, kvn_reset_srl_server_settings);
-    round_trip(c, "preference", uint16_t{0x0916}, kvn_set_card_preference_settings, kvn_get_card_preference_settings,
-               kvn_reset_card_preference_settings);
-    round_trip(c, "input", *make<kvn_wiegand_input_setting>([](auto& i) { fill_input(i, 1); }),
-               kvn_set_wiegand_input_setting, kvn_get_wiegand_input_setting, kvn_reset_wiegand_input_setting);
-    round_trip(c, "output", *output(), kvn_set_wiegand_output_setting, kvn_get_wiegand_output_setting,
-               kvn_reset_wiegand_output_setting);
-    round_trip(c, "pulse", *make<kvn_wiegand_pulse_setting>([](auto& p) { p.attr_t07 = 3, p.attr_t08 = 250; }),
-               kvn_set_wiegand_pulse_setting, kvn_get_wiegand_pulse_setting, kvn_reset_wiegand_pulse_setting);
-    round_trip(c, "multi input", *multi_input(), kvn_set_multi_wiegand_input_setting,
-               kvn_get_multi_wiegand_input_setting, kvn_reset_multi_wiegand_input_setting);
+    ROUND_TRIP(c, desfire_settings, *desfire());
+    ROUND_TRIP(c, key_manipulation_flags, kvn_key_manipulation_flags{5, 20, 19});
+    ROUND_TRIP(c, srl_server_settings, *srl());
+    ROUND_TRIP(c, card_preference_settings, uint16_t{0x0916});
+    ROUND_TRIP(c, wiegand_input_setting, *make<kvn_wiegand_input_setting>([](auto& i) { fill_input(i, 1); }));
+    ROUND_TRIP(c, wiegand_output_setting, *output());
+    ROUND_TRIP(c, wiegand_pulse_setting, *make<kvn_wiegand_pulse_setting>([](auto& p) { p.attr_t07 = 3, p.attr_t08 = 250; }));
+    ROUND_TRIP(c, multi_wiegand_input_setting, *multi_input());
     const kvn_smart_card_access_keys keys{};
     EXPECT_EQ(kvn_set_smart_card_access_keys(c, &keys) | kvn_reset_smart_card_access_keys(c), 0);
 
@@ -61,6 +53,5 @@ TEST(CardsE2E, EveryFamilyRoundTrips) {
     EXPECT_EQ(Bytes(card->serial, card->serial + 4), (Bytes{4, 0xA1, 0xB2, 0}));
     EXPECT_EQ(Bytes(prox, prox + 4), (Bytes{4, 0xA1, 0xB2, 0}));
 #endif
-    EXPECT_EQ(kvn_close_device_conn(c), 0);
 }
 #endif

@@ -17,9 +17,8 @@
 using namespace kvntest;
 
 TEST(LogsE2E, FilesGroupsAndTheDisplayImageInteroperate) {
-    Session s(false);
-    kvn_device_conn* c = &s.conn;
-    ASSERT_EQ(kvn_open_device_conn(c), 0);
+    Session s;
+    kvn_device_conn* c = s.c;
     for (size_t n : {0, 1, 65536, 65537, 5000000}) {
         ASSERT_TRUE(write_file("e2e_up.bin", pattern(n)));
         const std::string name = "f" + std::to_string(n);
@@ -52,39 +51,30 @@ TEST(LogsE2E, FilesGroupsAndTheDisplayImageInteroperate) {
     EXPECT_STREQ(page->groups[1].group_name, "guests");
     uint32_t count = 0;
     EXPECT_EQ(kvn_delete_user_group(c, &groups[1]), 0);
-    EXPECT_EQ(kvn_get_total_user_group_count(c, &count), 0);
-    EXPECT_EQ(count, 2u);
+    EXPECT_TRUE(kvn_get_total_user_group_count(c, &count) == 0 && count == 2);
     EXPECT_EQ(kvn_delete_all_user_group(c), 0);
-    round_trip(
-        c, "display image", uint32_t{0x1560},
-        [](auto c2, const uint32_t* v) { return kvn_store_user_display_image_setting(c2, *v); },
-        kvn_retrieve_user_display_image_setting, kvn_reset_user_display_image_setting);
+    round_trip(c, "display image", uint32_t{0x1560}, by_value<kvn_store_user_display_image_setting>,
+               kvn_retrieve_user_display_image_setting, kvn_reset_user_display_image_setting);
 }
 
 TEST(LogsE2E, TransfersFollowAMiscountingTerminalAndStopWhenTold) {
     ASSERT_TRUE(write_file("e2e_three.bin", pattern(3 * 65536)));
     const auto up = transfer("e2e_three.bin", "three"), down = transfer("e2e_back.bin", "three");
-    Session s(false, kvnsim::Faults{.start_packets = 2});  // its count rules: two packets go, two come back
-    ASSERT_EQ(kvn_open_device_conn(&s.conn), 0);
-    EXPECT_EQ(kvn_upload_file(&s.conn, &up), 0);
-    EXPECT_EQ(kvn_download_file(&s.conn, &down), 0);
+    Session s({.faults = {.start_packets = 2}});  // its count rules: two packets go, two come back
+    EXPECT_EQ(kvn_upload_file(s.c, &up), 0);
+    EXPECT_EQ(kvn_download_file(s.c, &down), 0);
     EXPECT_TRUE(file_bytes("e2e_back.bin") == pattern(2 * 65536));
-    Session t(false, kvnsim::Faults{.refuse_packet = 2});  // a packet's status ends the upload
-    ASSERT_EQ(kvn_open_device_conn(&t.conn), 0);
-    EXPECT_EQ(kvn_upload_file(&t.conn, &up), KVN_E_DEVICE_FAILED_TO_WRITE_FILE);
+    Session t({.faults = {.refuse_packet = 2}});  // a packet's status ends the upload
+    EXPECT_EQ(kvn_upload_file(t.c, &up), KVN_E_DEVICE_FAILED_TO_WRITE_FILE);
     auto cancel = [](const kvn_ext_transfer_progress* p, void*) -> int32_t { return p->packets_done == 1 ? -99 : 0; };
-    EXPECT_EQ(kvn_ext_upload_file(&t.conn, &up, cancel, nullptr), -99);
-    EXPECT_EQ(kvn_download_file(&t.conn, &down), KVN_E_DEVICE_FAILED_TO_OPEN_FILE);  // neither was kept
+    EXPECT_EQ(kvn_ext_upload_file(t.c, &up, cancel, nullptr), -99);
+    EXPECT_EQ(kvn_download_file(t.c, &down), KVN_E_DEVICE_FAILED_TO_OPEN_FILE);  // neither was kept
 }
 
 #ifndef _WIN32  // a prefilled journal needs the in-process simulator
 TEST(LogsE2E, ASeededJournalIsPulledExactlyOnceByReadingAndMarking) {
-    kvnsim::Options o;
-    o.prefill_logs = 10000;
-    kvnsim::Simulator sim(o);
-    ASSERT_TRUE(sim.start());
-    kvn_device_conn conn = tcp_conn(sim.port()), *c = &conn;
-    ASSERT_EQ(kvn_open_device_conn(c), 0);
+    Session s({.prefill_logs = 10000});
+    kvn_device_conn* c = s.c;
     auto q = std::make_unique<kvn_transaction_log_query>();
     auto ids = std::make_unique<kvn_transaction_log_id_list>();
     std::set<uint32_t> seen;
@@ -92,13 +82,11 @@ TEST(LogsE2E, ASeededJournalIsPulledExactlyOnceByReadingAndMarking) {
     for (int pages = 0; kvn_get_transaction_log_unread_count(c, &unread) == 0 && unread != 0 && pages < 1000; ++pages) {
         ASSERT_EQ(kvn_get_unread_transaction_logs(c, q.get()), 0);
         ids->count = uint8_t(q->log_count);
-        for (uint32_t i = 0; i < ids->count; ++i) {
+        for (uint32_t i = 0; i < ids->count; ++i)
             EXPECT_TRUE(seen.insert(ids->log_ids[i] = q->entries[i].log_id).second) << "twice: " << ids->log_ids[i];
-        }
         ASSERT_EQ(kvn_mark_transaction_logs_as_read(c, ids.get()), 0);
     }
-    EXPECT_EQ(unread, 0u);
-    EXPECT_EQ(seen.size(), 10000u);
+    EXPECT_EQ(std::make_pair(unread, seen.size()), std::make_pair(0u, size_t{10000}));
     for (uint32_t event = 1; event <= 7; ++event) {  // the counts by event add up to the journal
         q->attr_t11 = event;
         ASSERT_EQ(kvn_get_transaction_log_count_for_criteria(c, q.get()), 0);
@@ -108,9 +96,7 @@ TEST(LogsE2E, ASeededJournalIsPulledExactlyOnceByReadingAndMarking) {
     EXPECT_EQ(std::make_pair(by_event, total), std::make_pair(10000u, 10000u));
     EXPECT_EQ(kvn_mark_transaction_log_as_online(c, 1), 0);
     EXPECT_EQ(kvn_delete_all_transaction_logs(c), 0);
-    EXPECT_EQ(kvn_get_transaction_log_total_count(c, &total), 0);
-    EXPECT_EQ(total, 0u);
-    kvn_close_device_conn(c);
+    EXPECT_TRUE(kvn_get_transaction_log_total_count(c, &total) == 0 && total == 0);
 }
 
 #endif

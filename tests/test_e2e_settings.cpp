@@ -27,68 +27,57 @@ namespace {
 
 // All entries round trip with `set_all`; then entry `n` set alone with `set_one` reads
 // back as written, whatever a terminal does with the others.
-template <class Entries, class All, class One, class Get, class Reset>
-void entries_round_trip(kvn_device_conn* c, const char* name, const Entries& w, All set_all, One set_one,
-                        uint32_t n, Get get, Reset reset) {
-    round_trip(c, name, w, [&](auto c2, const Entries* e) { return set_all(c2, e->e); }, get, reset);
+template <class Entries, class All, class One, class Get>
+void entries_round_trip(kvn_device_conn* c, const char* name, const Entries& w, All set_all, One set_one, uint32_t n,
+                        Get get, int32_t (*reset)(kvn_device_conn*)) {
+    auto get_all = [&](auto c2, Entries* r) { return get(c2, r->e); };
+    round_trip(c, name, w, [&](auto c2, const Entries* e) { return set_all(c2, e->e); }, get_all, reset);
     auto read = std::make_unique<Entries>(zeroed<Entries>());
     ASSERT_EQ(set_one(c, w.e, n), 0) << name;
-    ASSERT_EQ(get(c, read.get()), 0) << name;
+    ASSERT_EQ(get_all(c, read.get()), 0) << name;
     EXPECT_EQ(std::memcmp(&read->e[n - 1], &w.e[n - 1], sizeof w.e[0]), 0) << name << ": entry " << n;
 }
+#define ENTRIES_ROUND_TRIP(c, F, w, n) \
+    entries_round_trip(c, #F, w, kvn_set_all_##F, kvn_set_single_##F, n, kvn_get_##F, kvn_reset_##F)
 
 class SettingsE2E : public ::testing::TestWithParam<bool> {};
 
 }  // namespace
 
 TEST_P(SettingsE2E, EveryFamilyRoundTripsAndEveryActionIsAccepted) {
-    Session s(GetParam());
-    kvn_device_conn* c = &s.conn;
-    ASSERT_EQ(kvn_open_device_conn(c), 0);
-    entries_round_trip(c, "led", leds(KVN_LED_COUNT), kvn_set_all_led_setting, kvn_set_single_led_setting, 5,
-                       [](auto c2, Leds* r) { return kvn_get_led_setting(c2, r->e); }, kvn_reset_led_setting);
-    entries_round_trip(c, "buzzer", leds(KVN_BUZZER_COUNT), kvn_set_all_buzzer_setting, kvn_set_single_buzzer_setting,
-                       18, [](auto c2, Leds* r) { return kvn_get_buzzer_setting(c2, r->e); }, kvn_reset_buzzer_setting);
+    Session s({.serial = GetParam()});
+    kvn_device_conn* c = s.c;
+    ENTRIES_ROUND_TRIP(c, led_setting, leds(KVN_LED_COUNT), 5);
+    ENTRIES_ROUND_TRIP(c, buzzer_setting, leds(KVN_BUZZER_COUNT), 18);
     // Texts all set: an empty text is not sent, so what a terminal then keeps is its own affair.
     auto sounds = std::make_unique<Audio>(audio());
     for (kvn_audio_setting& e : sounds->e) {
         std::snprintf(e.short_text, sizeof e.short_text, "tone %u", e.index);
         std::snprintf(e.long_text, sizeof e.long_text, "announcement %u", e.index);
     }
+    ENTRIES_ROUND_TRIP(c, audio_setting, *sounds, 3);
     kvn_device_notification_setting note = notification();
     std::strcpy(note.text_b, "door");
-    entries_round_trip(c, "audio", *sounds, kvn_set_all_audio_setting, kvn_set_single_audio_setting, 3,
-                       [](auto c2, Audio* r) { return kvn_get_audio_setting(c2, r->e); }, kvn_reset_audio_setting);
+    ROUND_TRIP(c, device_notification_setting, note);
     round_trip(c, "lcd", lcd(), kvn_set_lcd_settings, kvn_get_lcd_settings, kvn_reset_lcd_settings);
-    round_trip(c, "notification", note, kvn_set_device_notification_setting,
-               kvn_get_device_notification_setting, kvn_reset_device_notification_setting);
-    round_trip(c, "biometric", biometric(), kvn_set_biometric_setting, kvn_get_biometric_setting,
-               kvn_reset_biometric_setting);
-    round_trip(c, "multi-user", multi_user(), kvn_set_multi_user_verification_setting,
-               kvn_get_multi_user_verification_setting, kvn_reset_multi_user_verification_setting);
-    round_trip(c, "proximity", kProx, kvn_set_proximity_sensor_settings, kvn_get_proximity_sensor_settings,
-               kvn_reset_proximity_sensor_settings);
+    ROUND_TRIP(c, biometric_setting, biometric());
+    ROUND_TRIP(c, multi_user_verification_setting, multi_user());
+    ROUND_TRIP(c, proximity_sensor_settings, kProx);
     round_trip(c, "next sensor", kNext, kvn_set_next_sensor_settings, kvn_get_next_sensor_settings,
                kvn_next_sensor_settings);
-    round_trip(c, "anti-shock", kShock, kvn_set_antishock_settings, kvn_get_antishock_settings,
-               kvn_reset_antishock_settings);
-    round_trip(
-        c, "fire alarm", uint32_t{0x305}, [](auto c2, const uint32_t* v) { return kvn_set_fire_alarm_state(c2, *v); },
-        kvn_get_fire_alarm_state, kvn_reset_fire_alarm_state);
-    round_trip(
-        c, "sensor auto-on", uint32_t{0x303},
-        [](auto c2, const uint32_t* v) { return kvn_set_fingerprint_sensor_autoon_status(c2, *v); },
-        kvn_get_fingerprint_sensor_autoon_status, kvn_reset_fingerprint_sensor_autoon_status);
+    ROUND_TRIP(c, antishock_settings, kShock);
+    round_trip(c, "fire alarm", uint32_t{0x305}, by_value<kvn_set_fire_alarm_state>, kvn_get_fire_alarm_state,
+               kvn_reset_fire_alarm_state);
+    round_trip(c, "sensor auto-on", uint32_t{0x303}, by_value<kvn_set_fingerprint_sensor_autoon_status>,
+               kvn_get_fingerprint_sensor_autoon_status, kvn_reset_fingerprint_sensor_autoon_status);
     // The DAC record's open time comes from the door action, never from the set.
-    round_trip(
-        c, "dac", dac(),
-        [](auto c2, const kvn_dac_setting* w) {
-            kvn_dac_setting other = *w;
-            other.door_open_time = 999;
-            const int32_t rc = kvn_set_dac_settings(c2, &other);
-            return rc != 0 ? rc : kvn_open_door_for_time(c2, w->door_open_time, 0);
-        },
-        kvn_get_dac_settings, kvn_reset_dac_settings);
+    auto set_dac = [](auto c2, const kvn_dac_setting* w) {
+        kvn_dac_setting other = *w;
+        other.door_open_time = 999;
+        const int32_t rc = kvn_set_dac_settings(c2, &other);
+        return rc != 0 ? rc : kvn_open_door_for_time(c2, w->door_open_time, 0);
+    };
+    round_trip(c, "dac", dac(), set_dac, kvn_get_dac_settings, kvn_reset_dac_settings);
 
     kvn_audio_play_request play{"tone 1", {}, 1};
     auto test = std::make_unique<kvn_fingerprint_sensor_test>();
@@ -106,7 +95,6 @@ TEST_P(SettingsE2E, EveryFamilyRoundTripsAndEveryActionIsAccepted) {
         std::memcpy(image.name, list->entries[i].name, sizeof image.name);
         EXPECT_EQ(kvn_display_image(c, &image), 0) << image.name;
     }
-    EXPECT_EQ(kvn_close_device_conn(c), 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(Transports, SettingsE2E, ::testing::Values(false, true),
@@ -115,36 +103,23 @@ INSTANTIATE_TEST_SUITE_P(Transports, SettingsE2E, ::testing::Values(false, true)
 // The terminal's misbehaviour reaches the caller as the matching status code.
 TEST(TerminalFaults, BecomeStatusCodes) {
     ShortWaits waits(400);
-    struct Case {
-        const char* name;
-        kvnsim::Faults faults;
-        int32_t rc;
+    const std::pair<kvnsim::Faults, int32_t> cases[] = {
+        {{.latency_ms = 50}, 0}, {{.latency_ms = 1500}, KVN_E_READ_TIMEOUT}, {{.no_answer = true}, KVN_E_READ_TIMEOUT},
+        {{.close_after_bytes = 10}, KVN_E_READ_TIMEOUT}, {{.bad_sync = true}, KVN_E_INVALID_SYNC_WORD},
+        {{.bad_crc = true}, KVN_E_CRC_MISMATCH}, {{.byte_by_byte = true}, 0},
     };
-    const Case cases[] = {
-        {"latency within the wait", kvnsim::Faults{.latency_ms = 50}, 0},
-        {"latency beyond the wait", kvnsim::Faults{.latency_ms = 1500}, KVN_E_READ_TIMEOUT},
-        {"no answer", kvnsim::Faults{.no_answer = true}, KVN_E_READ_TIMEOUT},
-        {"closed in the header", kvnsim::Faults{.close_after_bytes = 10}, KVN_E_READ_TIMEOUT},
-        {"closed in the payload", kvnsim::Faults{.close_after_bytes = 30}, KVN_E_READ_TIMEOUT},
-        {"wrong sync word", kvnsim::Faults{.bad_sync = true}, KVN_E_INVALID_SYNC_WORD},
-        {"wrong CRC", kvnsim::Faults{.bad_crc = true}, KVN_E_CRC_MISMATCH},
-        {"one byte per write", kvnsim::Faults{.byte_by_byte = true}, 0},
-    };
-    for (const Case& k : cases) {
-        Session s(false, k.faults);
-        ASSERT_EQ(kvn_open_device_conn(&s.conn), 0) << k.name;
+    for (size_t i = 0; i < std::size(cases); ++i) {
+        Session s({.faults = cases[i].first});
         auto lcd = zeroed<kvn_lcd_setting>();
-        EXPECT_EQ(kvn_get_lcd_settings(&s.conn, &lcd), k.rc) << k.name;
-        kvn_close_device_conn(&s.conn);
+        EXPECT_EQ(kvn_get_lcd_settings(s.c, &lcd), cases[i].second) << "case " << i;
     }
 }
 
 // Connections on separate threads at once, each reading what another one stored.
 TEST(TerminalConnections, ManyAtOnce) {
-    Session s(false);
-    ASSERT_EQ(kvn_open_device_conn(&s.conn), 0);
+    Session s;
     const kvn_proximity_sensor_setting stored{31, 32, 33};
-    ASSERT_EQ(kvn_set_proximity_sensor_settings(&s.conn, &stored), 0);
+    ASSERT_EQ(kvn_set_proximity_sensor_settings(s.c, &stored), 0);
     constexpr int kThreads = 6, kRounds = 100;
     std::vector<int> good(kThreads, 0);
     std::vector<std::thread> threads;
@@ -161,6 +136,5 @@ TEST(TerminalConnections, ManyAtOnce) {
     }
     for (std::thread& t : threads) t.join();
     for (int t = 0; t < kThreads; ++t) EXPECT_EQ(good[t], kRounds) << "thread " << t;
-    kvn_close_device_conn(&s.conn);
 }
 #endif

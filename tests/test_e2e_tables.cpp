@@ -9,8 +9,7 @@
 using namespace kvntest;
 
 TEST(TablesE2E, ScheduleTablesRoundTrip) {
-    Session s(false);
-    ASSERT_EQ(kvn_open_device_conn(&s.conn), 0);
+    Session s;
     auto acc = std::make_unique<kvn_access_schedule_table>(zeroed<kvn_access_schedule_table>());
     acc->value = 0xA1, acc->flag = 0xF2;
     for (uint32_t i = 0; i < KVN_ACCESS_SCHEDULE_COUNT; i += 3) {
@@ -19,10 +18,10 @@ TEST(TablesE2E, ScheduleTablesRoundTrip) {
         std::snprintf(a.name, sizeof a.name, "access %u", i);
         for (uint32_t d = 0; d < KVN_WEEKDAY_COUNT; ++d) std::memset(a.days[d].slots, int(i + d), 8);
     }
-    round_trip(&s.conn, "access", *acc, kvn_set_all_access_schedule_setting, kvn_get_all_access_schedule_setting,
+    round_trip(s.c, "access", *acc, kvn_set_all_access_schedule_setting, kvn_get_all_access_schedule_setting,
                [](auto c) { return kvn_reset_access_schedule_setting(c, 3); });
     auto names = std::make_unique<kvn_access_schedule_name_list>(zeroed<kvn_access_schedule_name_list>());
-    ASSERT_EQ(kvn_get_access_schedule_list(&s.conn, names.get()), 0);  // schedule 3 was reset
+    ASSERT_EQ(kvn_get_access_schedule_list(s.c, names.get()), 0);  // schedule 3 was reset
     EXPECT_STREQ(names->names[63], "access 63");
     EXPECT_STREQ(names->names[3], "");
     // Every schedule and holiday enabled: names of 21 bytes still fit the 204800-byte buffer.
@@ -32,13 +31,10 @@ TEST(TablesE2E, ScheduleTablesRoundTrip) {
         std::memset(hol->schedules[i].name, 'A' + i % 26, 21);
         for (uint32_t h = 0; h < KVN_HOLIDAY_COUNT; ++h) {
             kvn_holiday& x = hol->schedules[i].holidays[h];
-            x.enabled = 1;
-            std::memset(x.name, 'a' + h % 26, 21);
-            std::memset(x.slots, int(i + h), 8);
+            x.enabled = 1, std::memset(x.name, 'a' + h % 26, 21), std::memset(x.slots, int(i + h), 8);
         }
     }
-    round_trip(&s.conn, "holidays", *hol, kvn_set_all_holiday_schedule_setting, kvn_get_all_holiday_schedule_setting,
+    round_trip(s.c, "holidays", *hol, kvn_set_all_holiday_schedule_setting, kvn_get_all_holiday_schedule_setting,
                [](auto c) { return kvn_reset_holiday_schedule_setting(c, 63); });
-    kvn_close_device_conn(&s.conn);
 }
 #endif
