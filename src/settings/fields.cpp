@@ -31,8 +31,10 @@ bool holds(const Gate& g, const uint8_t* base) noexcept {
 // The first entry of a list: in the owner, or where the owner points.
 const uint8_t* first_entry(const List& l, const uint8_t* owner) noexcept {
     const uint8_t* first = owner + l.offset;
-    if (l.indirect) std::memcpy(&first, first, sizeof first);
-    return first;
+    if (!l.indirect) return first;
+    const uint8_t* pointed;
+    std::memcpy(&pointed, first, sizeof pointed);  // the member may sit unaligned in a packed caller record
+    return pointed;
 }
 
 uint8_t* at(uint8_t* base, const Field& f, uint32_t index) noexcept { return base + f.offset + index * f.column; }
