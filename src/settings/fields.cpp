@@ -33,7 +33,7 @@ const uint8_t* first_entry(const List& l, const uint8_t* owner) noexcept {
     const uint8_t* first = owner + l.offset;
     if (!l.indirect) return first;
     const uint8_t* pointed;
-    std::memcpy(&pointed, first, sizeof pointed);  // the member may sit unaligned in a packed caller record
+    std::memcpy(&pointed, first, sizeof pointed);  // the record is walked as bytes
     return pointed;
 }
 
