@@ -17,30 +17,23 @@ T zeroed() {
 }
 
 // LED and buzzer entries 1 to `count`; the rest stay cleared.
-struct Leds {
-    kvn_led_setting e[KVN_BUZZER_COUNT];
-};
+struct Leds { kvn_led_setting e[KVN_BUZZER_COUNT]; };
 inline Leds leds(uint32_t count) {
     auto l = zeroed<Leds>();
     for (uint32_t i = 1; i <= count; ++i) {
         kvn_led_setting& x = l.e[i - 1];
         x.index = i, x.enable = uint8_t(0x80 + i), x.option = i << 8 | 13;
-        for (uint32_t r = 0; r < 3; ++r)
-            for (uint32_t c = 0; c < 3; ++c) x.matrix[r][c] = i << 8 | (4 + 3 * r + c);
+        for (uint32_t k = 0; k < 9; ++k) x.matrix[k / 3][k % 3] = i << 8 | (4 + k);
     }
     return l;
 }
 
 // Audio entries 1 to 18; only entry 3 has texts.
-struct Audio {
-    kvn_audio_setting e[KVN_AUDIO_COUNT];
-};
+struct Audio { kvn_audio_setting e[KVN_AUDIO_COUNT]; };
 inline Audio audio() {
     auto a = zeroed<Audio>();
-    for (uint32_t i = 1; i <= KVN_AUDIO_COUNT; ++i)
-        a.e[i - 1].index = i, a.e[i - 1].flag = uint8_t(0x50 + i), a.e[i - 1].value = 0x700 + i;
-    std::strcpy(a.e[2].short_text, "hi");
-    std::strcpy(a.e[2].long_text, "long text");
+    for (uint32_t i = 1; i <= KVN_AUDIO_COUNT; ++i) a.e[i - 1].index = i, a.e[i - 1].flag = uint8_t(0x50 + i), a.e[i - 1].value = 0x700 + i;
+    std::strcpy(a.e[2].short_text, "hi"), std::strcpy(a.e[2].long_text, "long text");
     return a;
 }
 
@@ -62,16 +55,13 @@ inline kvn_biometric_setting biometric() {
 
 inline kvn_lcd_setting lcd() {
     auto l = zeroed<kvn_lcd_setting>();
-    l.value = 0x149;
-    std::strcpy(l.short_text, "Welcome");
+    l.value = 0x149, std::strcpy(l.short_text, "Welcome");
     return l;
 }
 
 inline kvn_device_notification_setting notification() {  // text_b empty
     auto n = zeroed<kvn_device_notification_setting>();
-    n.flag = 0x11, n.value = 0x55;
-    std::strcpy(n.text_a, "smtp.example.test");
-    std::strcpy(n.text_c, "alarm");
+    n.flag = 0x11, n.value = 0x55, std::strcpy(n.text_a, "smtp.example.test"), std::strcpy(n.text_c, "alarm");
     return n;
 }
 
