@@ -18,8 +18,7 @@ namespace {
 // Records at namespace scope: their padding is zero, so they compare byte for byte.
 // clang-format off
 const kvn_ethernet_setting kEth{0, "192.168.1.10", 5005, "255.255.255.0", "192.168.1.1", "8.8.8.8", "8.8.4.4", ""};
-const kvn_ethernet_setting kEthMac{0, "192.168.1.10", 5005, "255.255.255.0", "192.168.1.1", "8.8.8.8", "8.8.4.4",
-                                   "00:1A:2B:3C:4D:5E"};
+const kvn_ethernet_setting kEthMac{0, "192.168.1.10", 5005, "255.255.255.0", "192.168.1.1", "8.8.8.8", "8.8.4.4", "00:1A:2B:3C:4D:5E"};
 // 192.168.1.10 is 0xC0A8010A, sent little-endian; the port (5005, 0x138D) goes before the addresses.
 const Bytes kEthBytes = {1, 4, 0, 0, 0, 0,   3, 4, 0x8D, 0x13, 0, 0,   2, 4, 0x0A, 0x01, 0xA8, 0xC0,
                          4, 4, 0, 0xFF, 0xFF, 0xFF,   5, 4, 1, 1, 0xA8, 0xC0,   6, 4, 8, 8, 8, 8,   7, 4, 4, 4, 8, 8};
@@ -34,11 +33,9 @@ const kvn_wifi_status kWifi{7};
 const kvn_wifi_connect_setting kJoin{"office", "secret99", 0, "192.168.20.31", "255.255.255.0", "192.168.20.1",
                                      "192.168.20.2", "8.8.8.8"};
 const kvn_ethernet_security_setting kSec{2, {"", "", "10.0.0.1"}, {"00:1A:2B:3C:4D:5E"}};
-const kvn_vpn_profile kVpn{17, "t2", 3, "t4", "t5", "t6", "t7", "t8", "t9", 10, "t11", "t12", "t13", "t14", "t15",
-                           "t16"};
+const kvn_vpn_profile kVpn{17, "t2", 3, "t4", "t5", "t6", "t7", "t8", "t9", 10, "t11", "t12", "t13", "t14", "t15", "t16"};
 const kvn_vpn_profile kVpnEmpty{};
-const kvn_wifi_network_info kNet{2, "office", "wpa2", 5, 8, "10.0.0.9", "10.0.0.11", "10.0.0.10", "10.0.0.12",
-                                 "10.0.0.13", 0x0F};
+const kvn_wifi_network_info kNet{2, "office", "wpa2", 5, 8, "10.0.0.9", "10.0.0.11", "10.0.0.10", "10.0.0.12", "10.0.0.13", 0x0F};
 // Device information: values carry their tags, addresses are 10.0.0.<tag>.
 const kvn_device_info kInfo{1, "name", 20, 5, "10.0.0.9", "10.0.0.10", "10.0.0.11", "10.0.0.12", "host", "10.0.0.22",
     "10.0.0.23", "10.0.0.24", "10.0.0.25", 0x1A, 0x1C, "10.0.0.29", "mac13", "t14", 8, "sn", "mac15", 16, 30, 17, 6,
@@ -156,8 +153,7 @@ TEST(NetworkDecoders, RecordsByTag) {
               std::string("UTC\0" "08", 6));
     auto ssl = decoded<kvn_ssl_setting>(
         kvn_get_ssl_setting, cat({u32(3, 3), u32(6, 6), text(4, std::string(60, 'n')), text(5, "x")}), 0, '#');
-    EXPECT_EQ(std::string(ssl->name, 51) + ssl->secret[0] + char(ssl->value_3 + ssl->value_6 * 2 + '0'),
-              std::string(50, 'n') + "##?");
+    EXPECT_EQ(std::string(ssl->name, 51) + ssl->secret[0] + char(ssl->value_3 + ssl->value_6 * 2 + '0'), std::string(50, 'n') + "##?");
     EXPECT_TRUE(back(kvn_get_wifi_network_info,
                      cat({u8(2, 2), text(3, "office"), text(4, "wpa2"), u32(5, 5), u8(8, 8), u32(9, 0x0A000009),
                           u32(10, 0x0A00000A), u32(11, 0x0A00000B), u32(12, 0x0A00000C), u32(13, 0x0A00000D),
@@ -218,8 +214,7 @@ TEST(NetworkDecoders, ListsAndContainers) {
     // container's result is remembered.
     auto ssl = std::make_unique<kvn_ssl_cert_list>();
     ssl->count = 5;
-    capture([&](auto c) { return kvn_get_ssl_cert_list(c, ssl.get()); },
-            response(0, cat({text(4, "a"), text(9, "x"), text(4, "b")})));
+    capture([&](auto c) { return kvn_get_ssl_cert_list(c, ssl.get()); }, response(0, cat({text(4, "a"), text(9, "x"), text(4, "b")})));
     EXPECT_EQ(std::string(ssl->names[5]) + ssl->names[6] + char('0' + ssl->count), "ab7");
     auto l = std::make_unique<kvn_vpn_cert_list>();
     std::memset(l.get(), '#', sizeof *l);

@@ -36,11 +36,7 @@ const Bytes kStored = box(1, cat({kHead, u8(29, 0x29), kMiddle, u8(11, 0x11), u8
 // Card form: no 29 or 32, 11 and 12 as four bytes, tag 1 in its shortest length form.
 const Bytes kOnCard = el(1, cat({kHead, kMiddle, u32(11, 0x0A11), u32(12, 0x0B12), kTail, groups()}));
 
-Bytes card_id() {
-    Bytes b(64);
-    for (uint8_t i = 0; i < 64; ++i) b[i] = uint8_t(0xC0 + i);
-    return b;
-}
+const Bytes kCardId = [] { Bytes b(64); for (uint8_t i = 0; i < 64; ++i) b[i] = uint8_t(0xC0 + i); return b; }();
 
 }  // namespace
 
@@ -62,7 +58,9 @@ TEST(UsersWire, EveryPayload) {
     kvn_verify_user_id_request by_id{"u7", {}};
     kvn_verify_user_record_request by_record{user.get(), nullptr, {}};
     const kvn_smart_card_raw_data raw{reinterpret_cast<const uint8_t*>("\xDE\xAD\xBE"), 3};
-    const Bytes id = card_id();
+    auto empty = std::make_unique<kvn_user_record>();  // all zero but its id
+    empty->user_id[0] = 'm';
+    kvn_verify_user_record_request by_empty{empty.get(), nullptr, {}};
     auto revoked = std::make_unique<kvn_revoked_card_list>();
     revoked->request_value_2 = 10;
 #define CALL(...) [&](kvn_device_conn* c) { return __VA_ARGS__; }
@@ -79,10 +77,13 @@ TEST(UsersWire, EveryPayload) {
         {CALL(kvn_verify_by_template(c, &by_template)), cat({u8(1, 5), u32(2, 3), el(3, {1, 2, 3})})},
         {CALL(kvn_verify_by_user_id(c, &by_id)), text(1, "u7")},
         {CALL(kvn_verify_by_user_record(c, &by_record)), kStored},
+        // Without templates, values, tag-4 length, attributes 5, 8, 9 and text 10, those tags stay out; tag 3 goes out empty.
+        {CALL(kvn_verify_by_user_record(c, &by_empty)), box(1, cat({text(2, "m"), el(3, {}), u8(6, 0), u8(29, 0), u8(11, 0), u8(12, 0), u8(13, 0),
+            u8(14, 0), u8(16, 0), u32(18, 0), el(19, Bytes(64)), el(20, Bytes(64)), u8(33, 0), el(32, Bytes(16))}))},
         {CALL(kvn_write_data_on_smart_card(c, &raw)), {0xDE, 0xAD, 0xBE}},
         {CALL(kvn_write_user_record_on_smart_card(c, user.get())), kOnCard},
-        {CALL(kvn_revoke_smart_card(c, id.data())), cat({{0x0C, 0x40}, id})},
-        {CALL(kvn_unrevoke_smart_card(c, id.data())), cat({{0x0C, 0x40}, id})},
+        {CALL(kvn_revoke_smart_card(c, kCardId.data())), cat({{0x0C, 0x40}, kCardId})},
+        {CALL(kvn_unrevoke_smart_card(c, kCardId.data())), cat({{0x0C, 0x40}, kCardId})},
         {CALL(kvn_get_revoked_smart_card_list(c, revoked.get())), {0x1B, 0x01, 0x00, 0x1C, 0x01, 0x0A}},
     };
 #undef CALL
@@ -91,18 +92,6 @@ TEST(UsersWire, EveryPayload) {
         EXPECT_EQ(s.rc, 0) << s.command;
         EXPECT_BYTES(s.payload, payload) << s.command;
     }
-}
-
-// Without templates, values, tag-4 length, attributes 5, 8, 9 and text 10, those tags
-// stay out; tag 3 goes out empty.
-TEST(UsersWire, EmptyOptionalFieldsStayOut) {
-    auto user = std::make_unique<kvn_user_record>();  // all zero
-    user->user_id[0] = 'm';
-    kvn_verify_user_record_request verify{user.get(), nullptr, {}};
-    const Bytes zeros = cat({u8(11, 0), u8(12, 0), u8(13, 0), u8(14, 0), u8(16, 0), u32(18, 0), el(19, Bytes(64)),
-                             el(20, Bytes(64)), u8(33, 0), el(32, Bytes(16))});
-    EXPECT_BYTES(capture([&](auto c) { return kvn_verify_by_user_record(c, &verify); }).payload,
-                 box(1, cat({text(2, "m"), el(3, {}), u8(6, 0), u8(29, 0), zeros})));
 }
 
 // Nothing goes out when a count or length reaches past its array, when a request does
@@ -206,8 +195,8 @@ TEST(UsersDecoders, AnswersOfStoreEnrolmentIdentificationVerificationRevocation)
 
     auto list = std::make_unique<kvn_revoked_card_list>();
     list->entry_count = 200;
-    const Bytes listed = cat({el(12, card_id()), u32(18, 1), el(12, Bytes(64, 2)), el(12, {3})});
+    const Bytes listed = cat({el(12, kCardId), u32(18, 1), el(12, Bytes(64, 2)), el(12, {3})});
     EXPECT_EQ(capture([&](auto c) { return kvn_get_revoked_smart_card_list(c, list.get()); }, response(0, listed)).rc, 0);
-    EXPECT_EQ(Bytes(list->entries[0], list->entries[0] + 64), card_id());
+    EXPECT_EQ(Bytes(list->entries[0], list->entries[0] + 64), kCardId);
     EXPECT_EQ(U32s({list->entry_count, list->entries[1][63], list->entries[2][0], list->entries[2][1]}), U32s({3, 2, 3, 0}));
 }
