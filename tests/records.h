@@ -1,11 +1,16 @@
 // Settings records in which every field carries a value of its own (padding cleared),
 // so that a field sent, stored or read under the wrong tag shows. The wire test writes
-// their bytes out by hand; the end-to-end tests send them to the simulator.
+// their bytes out by hand; the end-to-end tests send them to the simulator. At the end,
+// the checks the wire tests of every family share.
 #pragma once
 
 #include <cstring>
+#include <initializer_list>
+#include <memory>
+#include <utility>
 
 #include "kvnsdk2.h"
+#include "peer.h"
 
 namespace kvntest {
 
@@ -76,5 +81,41 @@ inline kvn_dac_setting dac() {
 const kvn_proximity_sensor_setting kProx{0xA1, 0xB2, 0xC3};
 const kvn_next_sensor_setting kNext{0xA1, 0xB2};
 const kvn_antishock_setting kShock{0x61, 0x62, 0x63, 0x64, 0x65, 0x66, 0x67};
+
+// --- Wire checks. The request type and command id of every export are held against the
+// command table in test_commands.cpp (and that gets and resets send no payload); these
+// check the payloads and the decoders.
+
+// piece(0) .. piece(n - 1), one after the other.
+template <class Piece>
+Bytes each(size_t n, Piece piece) {
+    Bytes b;
+    for (size_t k = 0; k < n; ++k) b = cat({b, piece(k)});
+    return b;
+}
+
+// Each call, answered with a status-only success, succeeds and sends exactly its payload.
+inline void expect_payloads(std::initializer_list<std::pair<Call, Bytes>> rows) {
+    for (const auto& [call, payload] : rows) {
+        const Seen s = capture(call);
+        EXPECT_EQ(s.rc, 0) << "command " << s.command;
+        EXPECT_BYTES(s.payload, payload) << "command " << s.command;
+    }
+}
+
+// `answer` decoded into a record of `fill` bytes, which gives status `rc`.
+template <class Rec, class Get>
+std::unique_ptr<Rec> decoded(Get get, const Bytes& answer, int32_t rc = 0, int fill = 0) {
+    auto r = std::make_unique<Rec>();
+    std::memset(static_cast<void*>(r.get()), fill, sizeof(Rec));
+    EXPECT_EQ(capture([&](kvn_device_conn* c) { return get(c, r.get()); }, response(0, answer)).rc, rc);
+    return r;
+}
+// ... and the record is `want`, every byte of it.
+template <class Rec, class Get>
+void expect_decodes(const char* name, Get get, const Bytes& answer, const Rec& want, int fill = 0, int32_t rc = 0) {
+    SCOPED_TRACE(name);
+    EXPECT_EQ(std::memcmp(decoded<Rec>(get, answer, rc, fill).get(), &want, sizeof(Rec)), 0) << "a field differs";
+}
 
 }  // namespace kvntest

@@ -26,26 +26,20 @@ Bytes led_entry(uint32_t i) {
     for (uint32_t t : {4, 7, 10, 5, 8, 11, 6, 9, 12}) in = cat({in, u32(uint8_t(t), i << 8 | t)});
     return box(1, in);
 }
-Bytes led_entries(uint32_t count) {
-    Bytes b;
-    for (uint32_t i = 1; i <= count; ++i) b = cat({b, led_entry(i)});
-    return b;
-}
+Bytes led_entries(uint32_t count) { return each(count, [](size_t k) { return led_entry(uint32_t(k + 1)); }); }
 
 Bytes audio_entries() {  // the all-entries form: texts at their own length, value under tag 7
-    Bytes b;
-    for (uint32_t i = 1; i <= KVN_AUDIO_COUNT; ++i) {
+    return each(KVN_AUDIO_COUNT, [](size_t k) {
+        const uint32_t i = uint32_t(k + 1);
         const Bytes texts4 = i == 3 ? text(4, "hi") : Bytes{}, texts6 = i == 3 ? text(6, "long text") : Bytes{};
-        b = cat({b, box(1, cat({u32(3, i), texts4, u8(5, uint8_t(0x50 + i)), texts6, u32(7, 0x700 + i)}))});
-    }
-    return b;
+        return box(1, cat({u32(3, i), texts4, u8(5, uint8_t(0x50 + i)), texts6, u32(7, 0x700 + i)}));
+    });
 }
 
 Bytes multi_user_bytes() {  // empty group texts still go out, with length 0
-    Bytes b = cat({u32(1, 0x101), u8(2, 0x22)});
-    for (uint8_t g = 0; g < 3; ++g)
-        b = cat({b, box(3, cat({u8(4, g), u32(5, 0x500u + g), text(6, g == 1 ? "night" : ""), u32(7, 0x700u + g)}))});
-    return b;
+    return cat({u32(1, 0x101), u8(2, 0x22), each(3, [](size_t g) {
+                    return box(3, cat({u8(4, uint8_t(g)), u32(5, 0x500u + g), text(6, g == 1 ? "night" : ""), u32(7, 0x700u + g)}));
+                })});
 }
 
 const Bytes kBiometric = cat({u32(1, 0x101), u32(2, 0x102), u32(3, 0x103), u32(4, 0x104), u32(5, 0x105),
@@ -64,19 +58,8 @@ const Bytes kProxBytes = cat({u32(5, 0xA1), u32(4, 0xB2), u32(8, 0xC3)});
 const Bytes kNextBytes = cat({u32(1, 0xB2), u32(2, 0xA1)});  // the second field first
 const Bytes kShockBytes = cat({u32(2, 0x61), u32(3, 0x62), u32(4, 0x63), u32(5, 0x64), u32(6, 0x65), u32(7, 0x66), u32(8, 0x67)});
 
-// Decoding `answer` into a cleared record gives `want`, every byte of it.
-template <class Rec, class Get>
-void expect_decodes(const char* name, Get get, const Bytes& answer, const Rec& want) {
-    auto got = std::make_unique<Rec>();
-    std::memset(got.get(), 0, sizeof(Rec));
-    EXPECT_EQ(capture([&](kvn_device_conn* c) { return get(c, got.get()); }, response(0, answer)).rc, 0) << name;
-    EXPECT_EQ(std::memcmp(got.get(), &want, sizeof(Rec)), 0) << name << ": a field differs";
-}
-
 }  // namespace
 
-// The request type and command id of every export, and that gets and resets send no
-// payload, are held in test_commands.cpp; here, each payload.
 TEST(SettingsWire, EveryPayload) {
     const Leds l = leds(KVN_BUZZER_COUNT);
     const auto a = std::make_unique<Audio>(audio());
@@ -90,7 +73,7 @@ TEST(SettingsWire, EveryPayload) {
     auto sensor = std::make_unique<kvn_fingerprint_sensor_test>();
     sensor->test_value = 0x301;
 #define CALL(...) [&](kvn_device_conn* c) { return __VA_ARGS__; }
-    const std::pair<Call, Bytes> rows[] = {
+    expect_payloads({
         {CALL(kvn_set_single_led_setting(c, l.e, 1)), led_entry(1)},
         {CALL(kvn_set_all_led_setting(c, l.e)), led_entries(17)},
         {CALL(kvn_set_single_buzzer_setting(c, l.e, 18)), led_entry(18)},
@@ -117,13 +100,8 @@ TEST(SettingsWire, EveryPayload) {
         {CALL(kvn_open_door_for_time(c, 10, -2)), cat({u32(8, 10), u32(7, 0xFFFFFFFEu)})},
         {kvn_close_door, cat({u32(8, 0), u32(7, 0)})},
         {kvn_clear_door_force_open_alarm, u32(15, 1)},
-    };
+    });
 #undef CALL
-    for (const auto& [call, payload] : rows) {
-        const Seen s = capture(call);
-        EXPECT_EQ(s.rc, 0) << s.command;
-        EXPECT_BYTES(s.payload, payload) << s.command;
-    }
     // 78 bytes with three empty texts; the DAC set never sends tag 8.
     EXPECT_EQ(std::vector<size_t>({led_entry(1).size(), multi_user_bytes().size(), kBiometric.size(), kDacSet.size()}),
               std::vector<size_t>({75, 78 + 5, 75, 63}));
@@ -201,8 +179,7 @@ TEST(SettingsDecoders, SelectorsAndBounds) {
 
 TEST(SettingsDecoders, MediaListEntriesPairUpAndStopAtTheBound) {
     auto list = std::make_unique<kvn_media_list>();
-    Bytes payload;
-    for (uint8_t i = 0; i < 70; ++i) payload = cat({payload, el(11, {'a', uint8_t('0' + i % 10)}), el(12, {uint8_t('0' + i % 10)})});
+    const Bytes payload = each(70, [](size_t i) { return cat({el(11, {'a', uint8_t('0' + i % 10)}), el(12, {uint8_t('0' + i % 10)})}); });
     ASSERT_EQ(capture([&](auto c) { return kvn_retrieve_audio_list(c, list.get()); }, response(0, payload)).rc, 0);
     EXPECT_EQ(std::vector<uint32_t>({list->total, list->count}), std::vector<uint32_t>({70, KVN_MEDIA_LIST_MAX}));
     EXPECT_EQ(std::string(list->entries[13].name) + "/" + list->entries[13].text, "a3/3");

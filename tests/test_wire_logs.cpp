@@ -15,6 +15,7 @@
 #include "kvnsdk2.h"
 #include "link/transport.h"
 #include "peer.h"
+#include "records.h"
 #include "transfer.h"
 
 using namespace kvntest;
@@ -128,8 +129,7 @@ TEST(LogsWire, DecodersStoreByTagWithinBounds) {
     EXPECT_EQ(std::memcmp(&q->entries[0], &kEntry, sizeof kEntry), 0);
     EXPECT_EQ(std::string(q->entries[1].text_t13, 51) + q->entries[1].text_t23, long_text.substr(0, 51));
     // 257 entries: the one-byte index wraps, so the last lands in entry 0.
-    Bytes many;
-    for (uint32_t i = 0; i < 257; ++i) many = cat({many, box(1, u32(7, i))});
+    const Bytes many = each(257, [](size_t i) { return box(1, u32(7, uint32_t(i))); });
     EXPECT_EQ(capture([&](auto c) { return kvn_get_unread_transaction_logs(c, q.get()); }, response(0, many)).rc, 0);
     EXPECT_EQ(q->log_count, 0xABCDEF01u);
     EXPECT_EQ(q->entries[0].log_id, 256u);
@@ -172,8 +172,7 @@ TEST(LogsWire, GroupPageStopsAtItsLimit) {
     page->range_end = 10;  // an empty range reads nothing
     EXPECT_EQ(capture([&](auto c) { return kvn_retrieve_user_group(c, page.get()); }, response(0, {0xFF})).rc, 0);
     page->range_end = 4;  // a range that wraps is bounded by the 50 groups held
-    Bytes many;
-    for (uint32_t i = 0; i < 51; ++i) many = cat({many, box(1, cat({u32(2, i), u32(6, 100 + i)}))});
+    const Bytes many = each(51, [](size_t i) { return box(1, cat({u32(2, uint32_t(i)), u32(6, uint32_t(100 + i))})); });
     EXPECT_EQ(capture([&](auto c) { return kvn_retrieve_user_group(c, page.get()); }, response(0, many)).rc, 0);
     EXPECT_EQ(page->groups[49].group_id, 49u);
     EXPECT_EQ(page->total, 149u);

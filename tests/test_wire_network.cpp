@@ -10,6 +10,7 @@
 
 #include "kvnsdk2.h"
 #include "peer.h"
+#include "records.h"
 
 using namespace kvntest;
 
@@ -48,23 +49,8 @@ Bytes vpn_bytes(bool empty) {
 }
 const Bytes kSecBytes = cat({u32(1, 2), box(2, text(3, "10.0.0.1")), box(4, text(5, "00:1A:2B:3C:4D:5E"))});
 
-// The answer decoded into a record filled with `fill`.
-template <class Rec, class Get>
-std::unique_ptr<Rec> decoded(Get get, const Bytes& answer, int32_t rc = 0, int fill = 0) {
-    auto r = std::make_unique<Rec>();
-    std::memset(r.get(), fill, sizeof(Rec));
-    EXPECT_EQ(capture([&](kvn_device_conn* c) { return get(c, r.get()); }, response(0, answer)).rc, rc);
-    return r;
-}
-template <class Rec, class Get>
-bool back(Get get, const Bytes& answer, const Rec& want) {
-    return std::memcmp(decoded<Rec>(get, answer).get(), &want, sizeof(Rec)) == 0;
-}
-
 }  // namespace
 
-// The request type and command id of every export, and that gets and resets send no
-// payload, are held in test_commands.cpp; here, each payload.
 TEST(NetworkWire, EveryPayload) {
     auto dhcp = kEth;
     auto no_source = kJoin;
@@ -76,7 +62,7 @@ TEST(NetworkWire, EveryPayload) {
     const kvn_vpn_certificate_install install{"client.pfx", "pw"};
     // clang-format off
 #define SET(fn, rec) [&](kvn_device_conn* c) { return fn(c, rec); }
-    const std::pair<Call, Bytes> rows[] = {
+    expect_payloads({
         {SET(kvn_set_ethernet_setting, &kEth), kEthBytes},
         {SET(kvn_set_ethernet_setting, &dhcp), {1, 4, 1, 0, 0, 0, 3, 4, 0x8D, 0x13, 0, 0}},  // no addresses
         {SET(kvn_set_serial_setting, &kSerial), cat({u32(1, 0x1021), u32(2, 0x1022), u32(3, 0x1023), u32(4, 0x1024)})},
@@ -102,14 +88,9 @@ TEST(NetworkWire, EveryPayload) {
         {SET(kvn_install_uploaded_certificate, &install), cat({text(21, "client.pfx"), text(22, "pw")})},
         {SET(kvn_uninstall_user_certificate, "a.pfx"), text(14, "a.pfx")},
         {SET(kvn_uninstall_ca_certificate, "a.pfx"), text(15, "a.pfx")},  // only the tag differs
-    };
+    });
 #undef SET
     // clang-format on
-    for (const auto& [call, payload] : rows) {
-        const Seen s = capture(call);
-        EXPECT_EQ(s.rc, 0) << s.command;
-        EXPECT_BYTES(s.payload, payload) << s.command;
-    }
     EXPECT_EQ(vpn_bytes(true).size(), 44u);  // three values of 6 bytes, thirteen empty texts of 2
 }
 
@@ -129,36 +110,31 @@ TEST(NetworkWire, RejectedAddressesAndOversizedNamesSendNothing) {
 
 TEST(NetworkDecoders, RecordsByTag) {
     const Bytes mac = text(8, kEthMac.mac_address);
-    EXPECT_TRUE(back(kvn_get_ethernet_setting, cat({kEthBytes, mac}), kEthMac));
+    expect_decodes("ethernet", kvn_get_ethernet_setting, cat({kEthBytes, mac}), kEthMac);
     EXPECT_EQ(std::string(decoded<kvn_ethernet_setting>(kvn_get_ethernet_setting, mac, 0, '#')->mac_address, 18),
               std::string(kEthMac.mac_address) + "#");  // 17 bytes: the eighteenth kept
-    EXPECT_TRUE(back(kvn_get_serial_setting, cat({u32(4, 0x1024), u32(2, 0x1022), u32(1, 0x1021), u32(3, 0x1023)}), kSerial));
-    EXPECT_TRUE(back(kvn_get_usb_auxiliary_setting, cat({u32(2, 9), u32(1, 0x103)}), kUsb));
-    EXPECT_TRUE(back(kvn_get_product_info, cat({u32(1, 0x116), text(2, "KVN-9")}), kProduct));
-    EXPECT_TRUE(back(kvn_get_device_security, cat({u32(1, 0x128), text(2, "pin")}), kSecurity));
-    EXPECT_TRUE(back(kvn_get_device_status, cat({u32(1, 0x128), text(2, "pin")}), kStatus));
-    EXPECT_TRUE(back(kvn_get_device_vnc_setting, cat({u8(2, 0x34), text(3, "vnc-pass")}), kVnc));
-    EXPECT_TRUE(back(kvn_get_system_notification_setting, u32(1, 0x125), kNote));
-    EXPECT_TRUE(back(kvn_get_wifi_status, u8(2, 7), kWifi));
-    EXPECT_TRUE(back(kvn_get_vpn_profile, vpn_bytes(false), kVpn));
-    EXPECT_TRUE(back(kvn_get_vpn_status, cat({u32(28, 1), u32(29, 0x0A080002)}), kvn_vpn_status{1, "10.8.0.2"}));
+    expect_decodes("serial", kvn_get_serial_setting, cat({u32(4, 0x1024), u32(2, 0x1022), u32(1, 0x1021), u32(3, 0x1023)}), kSerial);
+    expect_decodes("usb auxiliary", kvn_get_usb_auxiliary_setting, cat({u32(2, 9), u32(1, 0x103)}), kUsb);
+    expect_decodes("product info", kvn_get_product_info, cat({u32(1, 0x116), text(2, "KVN-9")}), kProduct);
+    expect_decodes("device security", kvn_get_device_security, cat({u32(1, 0x128), text(2, "pin")}), kSecurity);
+    expect_decodes("device status", kvn_get_device_status, cat({u32(1, 0x128), text(2, "pin")}), kStatus);
+    expect_decodes("device vnc", kvn_get_device_vnc_setting, cat({u8(2, 0x34), text(3, "vnc-pass")}), kVnc);
+    expect_decodes("system notification", kvn_get_system_notification_setting, u32(1, 0x125), kNote);
+    expect_decodes("wifi status", kvn_get_wifi_status, u8(2, 7), kWifi);
+    expect_decodes("vpn profile", kvn_get_vpn_profile, vpn_bytes(false), kVpn);
+    expect_decodes("vpn status", kvn_get_vpn_status, cat({u32(28, 1), u32(29, 0x0A080002)}), kvn_vpn_status{1, "10.8.0.2"});
     // Texts cut at their field: security 11 bytes; the rest of the field kept.
     EXPECT_EQ(std::string(decoded<kvn_device_security>(kvn_get_device_security, text(2, "0123456789ABC"), 0, '#')->text, 12),
         "0123456789A#");
-    // Debug value 1 and the SSL secret are never read back; the date-time text
-    // fills its field.
+    // Debug value 1 and the SSL secret are never read back; the date-time text fills its field.
     EXPECT_EQ(decoded<kvn_device_debug_log>(kvn_get_device_debug_log, cat({u32(1, 5), u32(2, 6)}), 0, 1)->value_1, 0x01010101u);
     auto clock = decoded<kvn_device_date_time>(kvn_get_device_date_time, cat({u32(2, 2), text(5, "UTC"), u32(6, 6)}), 0, '#');
     EXPECT_EQ(std::string(clock->text, 4) + char(clock->text[1023] + '0') + char(clock->value_2 + clock->value_6 + '0'),
               std::string("UTC\0" "08", 6));
-    auto ssl = decoded<kvn_ssl_setting>(
-        kvn_get_ssl_setting, cat({u32(3, 3), u32(6, 6), text(4, std::string(60, 'n')), text(5, "x")}), 0, '#');
+    auto ssl = decoded<kvn_ssl_setting>(kvn_get_ssl_setting, cat({u32(3, 3), u32(6, 6), text(4, std::string(60, 'n')), text(5, "x")}), 0, '#');
     EXPECT_EQ(std::string(ssl->name, 51) + ssl->secret[0] + char(ssl->value_3 + ssl->value_6 * 2 + '0'), std::string(50, 'n') + "##?");
-    EXPECT_TRUE(back(kvn_get_wifi_network_info,
-                     cat({u8(2, 2), text(3, "office"), text(4, "wpa2"), u32(5, 5), u8(8, 8), u32(9, 0x0A000009),
-                          u32(10, 0x0A00000A), u32(11, 0x0A00000B), u32(12, 0x0A00000C), u32(13, 0x0A00000D),
-                          u32(15, 0x10F)}),
-                     kNet));
+    expect_decodes("wifi network info", kvn_get_wifi_network_info, cat({u8(2, 2), text(3, "office"), text(4, "wpa2"), u32(5, 5), u8(8, 8),
+        u32(9, 0x0A000009), u32(10, 0x0A00000A), u32(11, 0x0A00000B), u32(12, 0x0A00000C), u32(13, 0x0A00000D), u32(15, 0x10F)}), kNet);
 }
 
 TEST(NetworkDecoders, DeviceInformation) {
@@ -169,7 +145,7 @@ TEST(NetworkDecoders, DeviceInformation) {
                         u32(27, 0x11B), u32(28, 0x11C), u32(33, 1), u32(34, 1), u32(40, 1)});
     for (uint8_t t : {1, 20, 8, 16, 30, 17, 6, 18, 19, 31, 32, 7, 35, 38, 39}) answer = cat({answer, u32(t, t)});
     for (uint8_t t : {9, 10, 11, 12, 22, 23, 24, 25, 29}) answer = cat({answer, u32(t, 0x0A000000u + t)});
-    EXPECT_TRUE(back(kvn_get_device_info, answer, kInfo));
+    expect_decodes("device info", kvn_get_device_info, answer, kInfo);
     // Tag 14 of 26 bytes or more: 26 bytes from the tag-13 field on; of 25, its
     // own field only.
     const std::string b26(26, 'B'), c25(25, 'C');
@@ -188,9 +164,8 @@ TEST(NetworkDecoders, DeviceInformation) {
 
 TEST(NetworkDecoders, ListsAndContainers) {
     // Scan: a capacity of 2 and five networks fills two entries and reports 2.
-    Bytes scan = cat({text(6, "office"), u8(8, 1), u32(9, 0x0A000009), u32(11, 0x0A00000B), u32(15, 0x10F)});
-    for (int i = 1; i <= 5; ++i)
-        scan = cat({scan, box(1, cat({text(3, "net" + std::to_string(i)), text(4, "d"), u32(5, i)}))});
+    const Bytes scan = cat({text(6, "office"), u8(8, 1), u32(9, 0x0A000009), u32(11, 0x0A00000B), u32(15, 0x10F), each(5, [](size_t k) {
+                                return box(1, cat({text(3, "net" + std::to_string(k + 1)), text(4, "d"), u32(5, uint32_t(k + 1))})); })});
     kvn_wifi_connection_info info{};
     kvn_wifi_scan_entry e[3];
     std::memset(e, '#', sizeof e);

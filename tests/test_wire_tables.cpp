@@ -9,7 +9,6 @@
 #include <memory>
 #include <string>
 
-#include "peer.h"
 #include "records.h"
 
 using namespace kvntest;
@@ -33,75 +32,50 @@ Bytes input_bytes(const kvn_specific_purpose_input_setting& r) {
                 u32(7, r.input_3_value_b)});
 }
 Bytes output_bytes(const kvn_specific_purpose_output_setting& r, uint32_t outputs = 9) {
-    Bytes b = cat({u8(7, r.byte_7), u8(8, r.byte_8), u8(9, r.byte_9)});
-    for (uint32_t k = 0; k < outputs; ++k) {
-        const kvn_specific_purpose_output_entry& e = r.entries[k % 9];
-        b = cat({b, box(1, cat({u32(2, e.value_2), u32(3, e.value_3), u32(4, e.value_4), u8(5, e.flag_5), u32(6, e.value_6)}))});
-    }
-    return b;
+    return cat({u8(7, r.byte_7), u8(8, r.byte_8), u8(9, r.byte_9), each(outputs, [&](size_t k) {
+                    const kvn_specific_purpose_output_entry& e = r.entries[k % 9];
+                    return box(1, cat({u32(2, e.value_2), u32(3, e.value_3), u32(4, e.value_4), u8(5, e.flag_5), u32(6, e.value_6)})); })});
 }
 Bytes attendance_bytes(const kvn_time_attendance_setting& r) {  // items 1 to 16, then the entries
-    Bytes b = cat({u32(10, r.value_10), u32(11, r.value_11), u32(19, r.value_19)});
-    for (uint8_t i = 1; i <= 16; ++i)
-        b = cat({b, box(1, cat({u8(3, i), txt(12, r.texts_a[i]), txt(13, r.texts_b[i]), u32(14, r.values[i])}))});
-    for (const kvn_time_attendance_entry& e : r.entries)
-        b = cat({b, box(2, cat({u8(6, e.bytes[0]), u8(7, e.bytes[1]), u8(8, e.bytes[2]), u8(9, e.bytes[3]), u32(4, e.value)}))});
-    return b;
+    return cat({u32(10, r.value_10), u32(11, r.value_11), u32(19, r.value_19), each(16, [&](size_t k) {
+                    return box(1, cat({u8(3, uint8_t(k + 1)), txt(12, r.texts_a[k + 1]), txt(13, r.texts_b[k + 1]), u32(14, r.values[k + 1])})); }),
+                each(24, [&](size_t k) {
+                    const kvn_time_attendance_entry& e = r.entries[k];
+                    return box(2, cat({u8(6, e.bytes[0]), u8(7, e.bytes[1]), u8(8, e.bytes[2]), u8(9, e.bytes[3]), u32(4, e.value)})); })});
 }
 Bytes job(const kvn_job_code& c) { return cat({u32(17, c.id), txt(18, c.name)}); }
 Bytes job_bytes(const kvn_job_code_list& r, uint32_t end = 32, uint32_t first = 0) {
-    Bytes b;
-    for (uint32_t k = first; k < end; ++k) b = cat({b, box(16, job(r.codes[k % 32]))});
-    return b;
+    return each(end - first, [&](size_t k) { return box(16, job(r.codes[(first + k) % 32])); });
 }
 Bytes voip_bytes(const kvn_voip_setting& r) {
     return cat({u32(1, r.value_1), opt(2, r.text_2), opt(3, r.text_3), opt(4, r.text_4), opt(5, r.text_5), u32(7, r.value_7)});
 }
 Bytes contact_bytes(const kvn_voip_contact_list& r, uint32_t count = 10) {
-    Bytes b;
-    for (uint32_t k = 0; k < count; ++k) {
+    return each(count, [&](size_t k) {
         const kvn_voip_contact& c = r.contacts[k % 10];
-        b = cat({b, box(1, cat({opt(2, c.text_2), opt(3, c.text_3), u32(4, c.value_4)}))});
-    }
-    return b;
+        return box(1, cat({opt(2, c.text_2), opt(3, c.text_3), u32(4, c.value_4)}));
+    });
 }
-Bytes day(uint8_t tag, uint8_t d, const kvn_day_schedule& s) {  // the index, then the slots under the next eight tags
-    Bytes b = u8(tag, d);
-    for (uint8_t k = 0; k < 8; ++k) b = cat({b, u8(uint8_t(tag + 1 + k), s.slots[k])});
-    return b;
+Bytes day(uint8_t tag, size_t d, const kvn_day_schedule& s) {  // the index, then the slots under the next eight tags
+    return cat({u8(tag, uint8_t(d)), each(8, [&](size_t k) { return u8(uint8_t(tag + 1 + k), s.slots[k]); })});
 }
 Bytes week_bytes(const kvn_week_schedule& r) {
-    Bytes b = u32(1, r.value);
-    for (uint8_t d = 0; d < 7; ++d) b = cat({b, box(2, day(3, d, r.days[d]))});
-    return b;
+    return cat({u32(1, r.value), each(7, [&](size_t d) { return box(2, day(3, d, r.days[d])); })});
 }
 Bytes holiday_schedule(const kvn_holiday_schedule& r, uint8_t s) {  // enabled holidays only; 16 between 6 and 7
-    Bytes b = cat({u8(2, s), u32(3, 1), txt(4, r.name)});
-    for (uint8_t h = 0; h < 50; ++h) {
-        const kvn_holiday& x = r.holidays[h];
-        if (x.enabled != 1) continue;
-        Bytes in = cat({u8(6, h), u32(16, 1), txt(7, x.name)});
-        for (uint8_t k = 0; k < 8; ++k) in = cat({in, u8(uint8_t(8 + k), x.slots[k])});
-        b = cat({b, box(5, in)});
-    }
-    return box(1, b);
+    return box(1, cat({u8(2, s), u32(3, 1), txt(4, r.name), each(50, [&](size_t h) {
+                           const kvn_holiday& x = r.holidays[h];
+                           const Bytes slots = each(8, [&](size_t k) { return u8(uint8_t(8 + k), x.slots[k]); });
+                           return x.enabled != 1 ? Bytes{} : box(5, cat({u8(6, uint8_t(h)), u32(16, 1), txt(7, x.name), slots})); })}));
 }
 Bytes holiday_bytes(const kvn_holiday_schedule_table& r) {
-    Bytes b;
-    for (uint8_t s = 0; s < 64; ++s)
-        if (r.schedules[s].enabled == 1) b = cat({b, holiday_schedule(r.schedules[s], s)});
-    return b;
+    return each(64, [&](size_t s) { return r.schedules[s].enabled == 1 ? holiday_schedule(r.schedules[s], uint8_t(s)) : Bytes{}; });
 }
 Bytes access_bytes(const kvn_access_schedule_table& r) {
-    Bytes b = cat({u32(1, r.value), u8(2, r.flag)});
-    for (uint8_t s = 0; s < 64; ++s) {
-        const kvn_access_schedule& x = r.schedules[s];
-        if (x.enabled != 1) continue;
-        Bytes in = cat({u8(4, s), u32(5, 1), txt(6, x.name), u8(7, x.value)});
-        for (uint8_t d = 0; d < 7; ++d) in = cat({in, box(8, day(9, d, x.days[d]))});
-        b = cat({b, box(3, in)});
-    }
-    return b;
+    return cat({u32(1, r.value), u8(2, r.flag), each(64, [&](size_t s) {
+                    const kvn_access_schedule& x = r.schedules[s];
+                    return x.enabled != 1 ? Bytes{} : box(3, cat({u8(4, uint8_t(s)), u32(5, 1), txt(6, x.name), u8(7, x.value),
+                                                                  each(7, [&](size_t d) { return box(8, day(9, d, x.days[d])); })})); })});
 }
 
 // The set sends bytes(r) (of `size` bytes, when given); the read of `answer` (else of

@@ -11,6 +11,7 @@
 
 #include "kvnsdk2.h"
 #include "peer.h"
+#include "records.h"
 #include "user_fixture.h"
 
 using namespace kvntest;
@@ -20,11 +21,9 @@ namespace {
 using U32s = std::vector<uint32_t>;
 
 Bytes groups() {  // ten template groups, then three value groups
-    Bytes b;
-    for (uint8_t i = 0; i < 10; ++i)
-        b = cat({b, box(22, cat({u8(7, i), u8(15, 0x50 + i), u8(21, 0x60 + i), u8(17, 0x70 + i),
-                                  el(23, template_bytes(i + uint32_t('u')))}))});
-    return cat({b, box(34, u32(35, 0x3501)), box(34, u32(35, 0x3502)), box(34, u32(35, 0x3503))});
+    return cat({each(10, [](size_t k) { const auto i = uint8_t(k);
+                    return box(22, cat({u8(7, i), u8(15, 0x50 + i), u8(21, 0x60 + i), u8(17, 0x70 + i), el(23, template_bytes(i + uint32_t('u')))})); }),
+                box(34, u32(35, 0x3501)), box(34, u32(35, 0x3502)), box(34, u32(35, 0x3503))});
 }
 const Bytes kHead = cat({text(2, "u7"), text(3, "three"), text(4, "four"), u8(6, 0x06)});
 const Bytes kMiddle = cat({u32(5, 0x505), u32(8, 0x808), u32(9, 0x909), text(10, "ten")});
@@ -40,8 +39,6 @@ const Bytes kCardId = [] { Bytes b(64); for (uint8_t i = 0; i < 64; ++i) b[i] = 
 
 }  // namespace
 
-// The request type and command id of every export, and that gets and resets send no
-// payload, are held in test_commands.cpp; here, each payload.
 TEST(UsersWire, EveryPayload) {
     auto user = full_user(), read = full_user();  // a read clears its record
     user->attr_t11 = 0x0A11, user->attr_t12 = 0x0B12, user->attr_t16 = 0x0C16;  // a store sends the low byte
@@ -64,7 +61,7 @@ TEST(UsersWire, EveryPayload) {
     auto revoked = std::make_unique<kvn_revoked_card_list>();
     revoked->request_value_2 = 10;
 #define CALL(...) [&](kvn_device_conn* c) { return __VA_ARGS__; }
-    const std::pair<Call, Bytes> rows[] = {
+    expect_payloads({
         {CALL(kvn_store_user_record(c, &store)), kStored},
         {CALL(kvn_get_user_record(c, read.get())), text(2, "u7")},
         {CALL(kvn_delete_user_record(c, user.get())), text(2, "u7")},
@@ -85,13 +82,8 @@ TEST(UsersWire, EveryPayload) {
         {CALL(kvn_revoke_smart_card(c, kCardId.data())), cat({{0x0C, 0x40}, kCardId})},
         {CALL(kvn_unrevoke_smart_card(c, kCardId.data())), cat({{0x0C, 0x40}, kCardId})},
         {CALL(kvn_get_revoked_smart_card_list(c, revoked.get())), {0x1B, 0x01, 0x00, 0x1C, 0x01, 0x0A}},
-    };
+    });
 #undef CALL
-    for (const auto& [call, payload] : rows) {
-        const Seen s = capture(call);
-        EXPECT_EQ(s.rc, 0) << s.command;
-        EXPECT_BYTES(s.payload, payload) << s.command;
-    }
 }
 
 // Nothing goes out when a count or length reaches past its array, when a request does
