@@ -137,21 +137,16 @@ TEST(LogsWire, DecodersStoreByTagWithinBounds) {
     const Bytes none = u32(6, 1);
     EXPECT_EQ(capture([&](auto c) { return kvn_get_transaction_logs_for_date(c, q.get()); }, response(0, none)).rc, 0);
     EXPECT_EQ(q->log_count, 0xABCDEF00u);
-    // Filtered counts write the whole log_count; the plain values leave theirs alone without a payload.
-    EXPECT_EQ(capture([&](auto c) { return kvn_get_transaction_log_count_for_date(c, q.get()); },
-                      response(0, cat({u32(2, 9), u32(6, 0x0605)}))).rc, 0);
+    // Filtered counts write the whole log_count; the plain values are one u32 under their tag.
+    const Bytes count = cat({u32(2, 9), u32(6, 0x0605)});
+    EXPECT_EQ(capture([&](auto c) { return kvn_get_transaction_log_count_for_date(c, q.get()); }, response(0, count)).rc, 0);
     EXPECT_EQ(q->log_count, 0x0605u);
     const std::pair<int32_t (*)(kvn_device_conn*, uint32_t*), uint8_t> values[] = {
         {kvn_get_transaction_log_total_count, 6}, {kvn_get_transaction_log_unread_count, 6},
         {kvn_get_transaction_log_read_count, 6}, {kvn_get_total_user_group_count, 1},
         {kvn_retrieve_user_display_image_setting, 4}};
-    for (const auto& [get, tag] : values) {
-        uint32_t v = 0;
-        const Bytes answer = cat({u32(uint8_t(tag + 1), 1), u32(tag, 0x01020300u + tag)});
-        EXPECT_EQ(capture([&](auto c) { return get(c, &v); }, response(0, answer)).rc, 0);
-        EXPECT_EQ(capture([&](auto c) { return get(c, &v); }).rc, 0);
-        EXPECT_EQ(v, 0x01020300u + tag);
-    }
+    for (const auto& [get, tag] : values)
+        expect_decodes("value", get, cat({u32(uint8_t(tag + 1), 1), u32(tag, 0x01020300u + tag)}), uint32_t{0x01020300u + tag});
 }
 
 TEST(LogsWire, GroupPageStopsAtItsLimit) {
@@ -163,12 +158,9 @@ TEST(LogsWire, GroupPageStopsAtItsLimit) {
                               box(1, cat({text(3, std::string(60, 'n')), u32(2, 0x22), u32(6, 0x78)})),
                               box(1, u32(2, 0x23)), {0xFF}});
     EXPECT_EQ(capture([&](auto c) { return kvn_retrieve_user_group(c, page.get()); }, response(0, answer)).rc, 0);
-    EXPECT_EQ(page->groups[0].group_id, 0x21u);
-    EXPECT_EQ(std::string(page->groups[0].group_name, 4), "dayx");
-    EXPECT_EQ(page->groups[1].group_id, 0x22u);
-    EXPECT_EQ(std::string(page->groups[1].group_name, 52), std::string(50, 'n') + "xx");
-    EXPECT_EQ(page->total, 0x78u);
-    EXPECT_EQ(page->groups[2].group_id, 0x78787878u);
+    EXPECT_EQ(std::vector<uint32_t>({page->groups[0].group_id, page->groups[1].group_id, page->total, page->groups[2].group_id}),
+              std::vector<uint32_t>({0x21, 0x22, 0x78, 0x78787878}));
+    EXPECT_EQ(std::string(page->groups[0].group_name, 4) + std::string(page->groups[1].group_name, 52), "dayx" + std::string(50, 'n') + "xx");
     page->range_end = 10;  // an empty range reads nothing
     EXPECT_EQ(capture([&](auto c) { return kvn_retrieve_user_group(c, page.get()); }, response(0, {0xFF})).rc, 0);
     page->range_end = 4;  // a range that wraps is bounded by the 50 groups held
@@ -193,9 +185,7 @@ TEST(LogsWire, DownloadRetriesWithinItsBudgetFollowsTheTerminalsNumbersAndBounds
     };
     for (const Case& k : cases) {
         int32_t rc = 0;
-        const Call call = [&](auto c) {
-            return k.ext ? kvn_ext_download_file(c, &rq, nullptr, nullptr) : kvn_download_file(c, &rq);
-        };
+        const Call call = [&](auto c) { return k.ext ? kvn_ext_download_file(c, &rq, nullptr, nullptr) : kvn_download_file(c, &rq); };
         EXPECT_EQ(converse(call, k.answers, &rc).size(), k.requests);
         EXPECT_EQ(rc, k.rc);
         EXPECT_EQ(file_bytes("wire_got.bin"), k.file);
