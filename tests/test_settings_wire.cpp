@@ -140,39 +140,27 @@ TEST(SettingsWire, DacSetAnswerMustBeShorterThanTheRequest) {
 
 // The family's own selectors and bounds, into records filled with one byte value.
 TEST(SettingsDecoders, SelectorsAndBounds) {
-    auto get = [](auto fn, auto* rec, const Bytes& answer) {
-        return capture([&](kvn_device_conn* c) { return fn(c, rec); }, response(0, answer)).rc;
-    };
     // LED entries by number: 0 and 18 are beyond the 17 LEDs; missing tags keep their fields.
-    kvn_led_setting l[KVN_LED_COUNT];
-    std::memset(l, 0xAB, sizeof l);
     const Bytes leds = cat({box(1, cat({u32(3, 2), u32(13, 77), u32(12, 0xC0)})), box(1, cat({u32(3, 18), u32(13, 5)})),
                             box(1, cat({u32(3, 0), u32(13, 6)})), u8(0x30, 0)});
-    ASSERT_EQ(get(kvn_get_led_setting, l, leds), 0);
-    EXPECT_EQ(std::vector<uint32_t>({l[1].option, l[1].matrix[2][2], l[1].matrix[0][0], l[0].option, l[16].option}),
-              std::vector<uint32_t>({77, 0xC0, 0xABABABAB, 0xABABABAB, 0xABABABAB}));
+    const auto got = decoded<Leds>([](auto c, Leds* r) { return kvn_get_led_setting(c, r->e); }, leds, 0, 0xAB);
+    const kvn_led_setting* l = got->e;
+    EXPECT_EQ(std::vector<uint32_t>({l[1].option, l[1].matrix[2][2], l[1].matrix[0][0], l[0].option, l[16].option, l[17].option}),
+              std::vector<uint32_t>({77, 0xC0, 0xABABABAB, 0xABABABAB, 0xABABABAB, 0xABABABAB}));
     // Audio texts keep 51 bytes.
-    auto a = std::make_unique<Audio>();
-    std::memset(a.get(), '#', sizeof(Audio));
-    ASSERT_EQ(get(kvn_get_audio_setting, a->e, box(1, cat({u32(3, 18), el(6, Bytes(200, 'x')), u32(7, 3)}))), 0);
+    const Bytes sound = box(1, cat({u32(3, 18), el(6, Bytes(200, 'x')), u32(7, 3)}));
+    const auto a = decoded<Audio>([](auto c, Audio* r) { return kvn_get_audio_setting(c, r->e); }, sound, 0, '#');
     EXPECT_EQ(std::string(a->e[17].long_text, 52) + char('0' + a->e[17].value), std::string(51, 'x') + "#3");
     // DAC tags 5 and 9 are not the record's; an empty element is malformed here, what came before it stays.
-    kvn_dac_setting d, untouched;
-    std::memset(&d, 0x22, sizeof d), std::memset(&untouched, 0x22, sizeof untouched);
-    ASSERT_EQ(get(kvn_get_dac_settings, &d, cat({u32(5, 1), u32(9, 1)})), 0);
-    EXPECT_EQ(std::memcmp(&d, &untouched, sizeof d), 0);
-    EXPECT_EQ(get(kvn_get_dac_settings, &d, cat({u32(2, 9), {3, 0}})), -1);
-    EXPECT_EQ(d.dac_value_2, 9u);
+    expect_decodes("dac: tags 5 and 9", kvn_get_dac_settings, cat({u32(5, 1), u32(9, 1)}), zeroed<kvn_dac_setting>());
+    EXPECT_EQ(decoded<kvn_dac_setting>(kvn_get_dac_settings, cat({u32(2, 9), {3, 0}}), -1)->dac_value_2, 9u);
     // Multi-user groups beyond three are dropped; their texts keep 63 bytes.
-    kvn_multi_user_verification_setting m;
-    std::memset(&m, 0x33, sizeof m);
-    ASSERT_EQ(get(kvn_get_multi_user_verification_setting, &m,
-                  cat({box(3, cat({u8(4, 2), el(6, Bytes(70, 'g'))})), box(3, cat({u8(4, 7), u32(5, 99)}))})), 0);
-    EXPECT_EQ(std::string(m.groups[2].group_text), std::string(63, 'g'));
-    for (const auto& g : m.groups) EXPECT_EQ(g.group_value_a, 0x33333333u);
+    const auto m = decoded<kvn_multi_user_verification_setting>(kvn_get_multi_user_verification_setting,
+        cat({box(3, cat({u8(4, 2), el(6, Bytes(70, 'g'))})), box(3, cat({u8(4, 7), u32(5, 99)}))}), 0, 0x33);
+    EXPECT_EQ(std::string(m->groups[2].group_text), std::string(63, 'g'));
+    for (const auto& g : m->groups) EXPECT_EQ(g.group_value_a, 0x33333333u);
     // Fingerprint test data is cut at 98560 bytes.
-    auto test = std::make_unique<kvn_fingerprint_sensor_test>();
-    ASSERT_EQ(get(kvn_test_fingerprint_sensor, test.get(), el(6, Bytes(100000, 0x5C))), 0);
+    const auto test = decoded<kvn_fingerprint_sensor_test>(kvn_test_fingerprint_sensor, el(6, Bytes(100000, 0x5C)));
     EXPECT_EQ(test->data_length, 98560u);
     EXPECT_EQ(test->data[98559], 0x5C);
 }

@@ -130,14 +130,16 @@ TEST(TablesWire, RecordsBothWays) {
     both_ways("door week", kvn_set_door_open_schedule_setting, kvn_get_door_open_schedule_setting, week_bytes, *w, 237);
     both_ways("holidays", kvn_set_all_holiday_schedule_setting, kvn_get_all_holiday_schedule_setting, holiday_bytes, *hol);
     both_ways("access", kvn_set_all_access_schedule_setting, kvn_get_all_access_schedule_setting, access_bytes, *acc);
-    // One schedule: the index's low byte counts; a disabled one still goes out, empty.
-    EXPECT_BYTES(capture([&](auto c) { return kvn_set_single_holiday_schedule_setting(c, hol.get(), 256 + 63); }).payload,
-                 holiday_schedule(hol->schedules[63], 63));
-    EXPECT_BYTES(capture([&](auto c) { return kvn_set_single_holiday_schedule_setting(c, hol.get(), 62); }).payload, Bytes{});
-    // The index resets: four bytes under tag 2 (holiday) and 4 (access), not limited.
-    EXPECT_BYTES(capture([](auto c) { return kvn_reset_holiday_schedule_setting(c, 261); }).payload, u32(2, 261));
-    EXPECT_BYTES(capture([](auto c) { return kvn_reset_access_schedule_setting(c, 5); }).payload,
-                 (Bytes{0x04, 0x04, 0x05, 0x00, 0x00, 0x00}));
+#define CALL(...) [&](kvn_device_conn* c) { return __VA_ARGS__; }
+    expect_payloads({
+        // One schedule: the index's low byte counts; a disabled one still goes out, empty.
+        {CALL(kvn_set_single_holiday_schedule_setting(c, hol.get(), 256 + 63)), holiday_schedule(hol->schedules[63], 63)},
+        {CALL(kvn_set_single_holiday_schedule_setting(c, hol.get(), 62)), {}},
+        // The index resets: four bytes under tag 2 (holiday) and 4 (access), not limited.
+        {CALL(kvn_reset_holiday_schedule_setting(c, 261)), u32(2, 261)},
+        {CALL(kvn_reset_access_schedule_setting(c, 5)), {0x04, 0x04, 0x05, 0x00, 0x00, 0x00}},
+    });
+#undef CALL
 }
 
 // Selectors beyond their arrays stop with -1009 and keep what came before; copies stay
