@@ -126,10 +126,8 @@ TEST(UsersDecoders, UserRecordEveryFieldByItsTag) {
     std::memset(got->reserved, 0xEE, sizeof got->reserved);
     EXPECT_EQ(capture([&](auto c) { return kvn_get_user_record(c, got.get()); }, response(0, kStored)).rc, 0);
     EXPECT_EQ(std::memcmp(got.get(), as_read_back(*full_user()).get(), sizeof *got), 0);
-    auto card = std::make_unique<kvn_smart_card_data>();
-    std::memset(card.get(), 0, sizeof *card);
     const Bytes answer = cat({el(12, Bytes(70, 0x5E)), u32(11, 0x1111), el(17, Bytes(kStored.begin() + 6, kStored.end()))});
-    EXPECT_EQ(capture([&](auto c) { return kvn_read_data_on_smart_card(c, card.get()); }, response(0, answer)).rc, 0);
+    const auto card = decoded<kvn_smart_card_data>(kvn_read_data_on_smart_card, answer);
     EXPECT_EQ(U32s({card->serial[63], card->serial_info}), U32s({0x5E, 0x1111}));
     EXPECT_EQ(std::memcmp(&card->user, as_read_back(*full_user()).get(), sizeof card->user), 0);
 }
@@ -175,10 +173,7 @@ TEST(UsersDecoders, AnswersOfStoreEnrolmentIdentificationVerificationRevocation)
         EXPECT_EQ(std::memcmp(buffer.get(), t3.data(), t3.size()), 0);
         EXPECT_STREQ(e.text_t10, checked ? "holder" : "");
     }
-    auto ident = std::make_unique<kvn_identify_request>();
-    std::memset(ident->user_id, 'x', sizeof ident->user_id);
-    EXPECT_EQ(capture([&](auto c) { return kvn_identify_user(c, ident.get()); },
-                      response(0, cat({u32(1, 0x5C), text(2, "amy"), u8(3, 3)}))).rc, 0);
+    const auto ident = decoded<kvn_identify_request>(kvn_identify_user, cat({u32(1, 0x5C), text(2, "amy"), u8(3, 3)}), 0, 'x');
     EXPECT_EQ(std::string(ident->user_id, 4), "amyx");  // the rest of the field as it was
     EXPECT_EQ(U32s({ident->attr_t01, ident->attr_t03}), U32s({0x5C, 3}));
     kvn_verify_user_id_request v{"u7", {0x0101, 0x0202}};
