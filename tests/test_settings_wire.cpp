@@ -1,7 +1,8 @@
-// The settings and door exports on the wire, against a loopback peer: every export's
-// request word, command id and payload bytes (derived by hand from the wire format,
-// one row each), and the decoders on hand-made answers in which every field carries a
-// value of its own, so that a field stored under the wrong tag shows.
+// The settings and door exports on the wire, against a loopback peer: the payload of
+// every export that sends one (derived by hand from the wire format, one row each; the
+// request type and command id are held in test_commands.cpp), and the decoders on
+// hand-made answers in which every field carries a value of its own, so that a field
+// stored under the wrong tag shows.
 #include <gtest/gtest.h>
 
 #include <cstring>

@@ -1,7 +1,8 @@
 // Transaction logs, file transfer and user groups on the wire, against a loopback
-// peer: every export's requests (bytes derived by hand, one row each), the decoders
-// on answers in which every field carries a value of its own, and the transfer rules
-// only a scripted terminal can show.
+// peer: the requests of every export that sends a payload (bytes derived by hand, one
+// row each; a transfer's start and packets in order), the decoders on answers in which
+// every field carries a value of its own, and the transfer rules only a scripted
+// terminal can show.
 #include <gtest/gtest.h>
 
 #include <cstddef>

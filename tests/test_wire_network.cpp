@@ -1,6 +1,7 @@
-// The network and device management exports on the wire: each export's request word,
-// command id and payload (derived by hand), and the decoders on hand-made answers in
-// which every field carries a value of its own, so that a field under the wrong tag shows.
+// The network and device management exports on the wire: the payload of each export
+// that sends one (derived by hand; request type and command id are held in
+// test_commands.cpp), and the decoders on hand-made answers in which every field
+// carries a value of its own, so that a field under the wrong tag shows.
 #include <gtest/gtest.h>
 
 #include <cstring>

@@ -1,6 +1,7 @@
 // Users, enrolment, identification, verification and smart cards on the wire: one
-// row per export with the request bytes written out by hand from the wire format, and
-// the decoders on hand-made answers in which every field carries a value of its own.
+// row per export that sends a payload, its bytes written out by hand from the wire
+// format (request type and command id are held in test_commands.cpp), and the decoders
+// on hand-made answers in which every field carries a value of its own.
 #include <gtest/gtest.h>
 
 #include <cstring>
