@@ -118,4 +118,11 @@ void expect_decodes(const char* name, Get get, const Bytes& answer, const Rec& w
     EXPECT_EQ(std::memcmp(decoded<Rec>(get, answer, rc, fill).get(), &want, sizeof(Rec)), 0) << "a field differs";
 }
 
+// Both ways: the set of `rec` sends `bytes`, and `bytes` decoded into a cleared record give `rec`.
+template <class Rec, class Set, class Get>
+void expect_both_ways(const char* name, Set set, Get get, const Bytes& bytes, const Rec& rec) {
+    EXPECT_BYTES(capture([&](kvn_device_conn* c) { return set(c, &rec); }).payload, bytes) << name;
+    expect_decodes(name, get, bytes, rec);
+}
+
 }  // namespace kvntest
