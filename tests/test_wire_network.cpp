@@ -68,15 +68,11 @@ TEST(NetworkWire, EveryPayload) {
         {SET(kvn_set_ethernet_setting, &dhcp), {1, 4, 1, 0, 0, 0, 3, 4, 0x8D, 0x13, 0, 0}},  // no addresses
         {SET(kvn_set_serial_setting, &kSerial), cat({u32(1, 0x1021), u32(2, 0x1022), u32(3, 0x1023), u32(4, 0x1024)})},
         {SET(kvn_set_usb_auxiliary_setting, &kUsb), {1, 4, 3, 1, 0, 0}},
-        {SET(kvn_set_product_info, &kProduct), cat({u32(1, 0x116), text(2, "KVN-9")})},
         {SET(kvn_set_device_debug_log, &debug), cat({u32(1, 0x1291), u32(2, 0x1292)})},
-        {SET(kvn_set_device_security, &kSecurity), cat({u32(1, 0x128), text(2, "pin")})},
         {SET(kvn_set_device_date_time, clock.get()), cat({u32(1, 0x1261), u32(2, 0x1262), {5, 0}, u32(6, 0x1266)})},  // empty text sent
-        {SET(kvn_set_device_vnc_setting, &kVnc), cat({{2, 1, 0x34}, text(3, "vnc-pass")})},
         {SET(kvn_set_ssl_setting, &ssl_own), cat({u32(3, 0x33), u32(6, 0x66)})},
         {SET(kvn_set_ssl_setting, &ssl_cert), cat({u32(3, 0x33), text(4, "ca.pem"), {5, 0}})},
         {SET(kvn_set_system_notification_setting, &kNote), cat({u32(1, 0x125), {2, 0}})},
-        {SET(kvn_set_wifi_status, &kWifi), {2, 1, 7}},
         // Tags 10 and 11 carry addresses C and B; address E goes out again under tag 15.
         {SET(kvn_connect_wifi, &kJoin), cat({text(3, "office"), text(7, "secret99"), {8, 1, 0}, u32(9, 0xC0A8141F),
             u32(10, 0xC0A81401), u32(11, 0xFFFFFF00), u32(12, 0xC0A81402), u32(13, 0x08080808), u32(15, 0x08080808)})},
@@ -84,7 +80,6 @@ TEST(NetworkWire, EveryPayload) {
         {SET(kvn_disconnect_wifi, "office"), text(3, "office")},
         {SET(kvn_disconnect_wifi, ""), {}},
         {SET(kvn_set_ethernet_security_setting, &kSec), kSecBytes},
-        {SET(kvn_set_vpn_profile, &kVpn), vpn_bytes(false)},
         {SET(kvn_set_vpn_profile, &kVpnEmpty), vpn_bytes(true)},
         {SET(kvn_install_uploaded_certificate, &install), cat({text(21, "client.pfx"), text(22, "pw")})},
         {SET(kvn_uninstall_user_certificate, "a.pfx"), text(14, "a.pfx")},
@@ -109,6 +104,7 @@ TEST(NetworkWire, RejectedAddressesAndOversizedNamesSendNothing) {
     EXPECT_EQ(capture([&](auto c) { return kvn_disconnect_wifi(c, long_name.c_str()); }).rc, -1);
 }
 
+// The decoders; where a set sends what its get reads, both ways at once.
 TEST(NetworkDecoders, RecordsByTag) {
     const Bytes mac = text(8, kEthMac.mac_address);
     expect_decodes("ethernet", kvn_get_ethernet_setting, cat({kEthBytes, mac}), kEthMac);
@@ -116,13 +112,13 @@ TEST(NetworkDecoders, RecordsByTag) {
               std::string(kEthMac.mac_address) + "#");  // 17 bytes: the eighteenth kept
     expect_decodes("serial", kvn_get_serial_setting, cat({u32(4, 0x1024), u32(2, 0x1022), u32(1, 0x1021), u32(3, 0x1023)}), kSerial);
     expect_decodes("usb auxiliary", kvn_get_usb_auxiliary_setting, cat({u32(2, 9), u32(1, 0x103)}), kUsb);
-    expect_decodes("product info", kvn_get_product_info, cat({u32(1, 0x116), text(2, "KVN-9")}), kProduct);
-    expect_decodes("device security", kvn_get_device_security, cat({u32(1, 0x128), text(2, "pin")}), kSecurity);
+    expect_both_ways("product info", kvn_set_product_info, kvn_get_product_info, cat({u32(1, 0x116), text(2, "KVN-9")}), kProduct);
+    expect_both_ways("device security", kvn_set_device_security, kvn_get_device_security, cat({u32(1, 0x128), text(2, "pin")}), kSecurity);
     expect_decodes("device status", kvn_get_device_status, cat({u32(1, 0x128), text(2, "pin")}), kStatus);
-    expect_decodes("device vnc", kvn_get_device_vnc_setting, cat({u8(2, 0x34), text(3, "vnc-pass")}), kVnc);
+    expect_both_ways("device vnc", kvn_set_device_vnc_setting, kvn_get_device_vnc_setting, cat({u8(2, 0x34), text(3, "vnc-pass")}), kVnc);
     expect_decodes("system notification", kvn_get_system_notification_setting, u32(1, 0x125), kNote);
-    expect_decodes("wifi status", kvn_get_wifi_status, u8(2, 7), kWifi);
-    expect_decodes("vpn profile", kvn_get_vpn_profile, vpn_bytes(false), kVpn);
+    expect_both_ways("wifi status", kvn_set_wifi_status, kvn_get_wifi_status, u8(2, 7), kWifi);
+    expect_both_ways("vpn profile", kvn_set_vpn_profile, kvn_get_vpn_profile, vpn_bytes(false), kVpn);
     expect_decodes("vpn status", kvn_get_vpn_status, cat({u32(28, 1), u32(29, 0x0A080002)}), kvn_vpn_status{1, "10.8.0.2"});
     // Texts cut at their field: security 11 bytes; the rest of the field kept.
     EXPECT_EQ(std::string(decoded<kvn_device_security>(kvn_get_device_security, text(2, "0123456789ABC"), 0, '#')->text, 12),
