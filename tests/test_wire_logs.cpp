@@ -1,42 +1,38 @@
 // Transaction logs, file transfer and user groups on the wire, against a loopback
-// peer: every export's requests (bytes derived by hand, one row each), the decoders
-// on answers in which every field carries a value of its own, and the transfer rules
-// only a scripted terminal can show.
+// peer: the requests of every export that sends a payload (bytes derived by hand, one
+// row each; a transfer's start and packets in order), the decoders on answers in which
+// every field carries a value of its own, and the transfer rules only a scripted
+// terminal can show.
 #include <gtest/gtest.h>
 
 #include <cstddef>
 #include <cstring>
 #include <filesystem>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
 #include "kvnsdk2.h"
 #include "link/transport.h"
 #include "peer.h"
+#include "records.h"
 #include "transfer.h"
 
 using namespace kvntest;
 
 namespace {
 
-struct Req {
-    uint32_t word, command;
-    Bytes payload;
-};
+struct Req { uint32_t word, command; Bytes payload; };
 
 // Runs `call` against a peer that answers request k with answers[k] (a status-only
-// success beyond them); returns every request.
+// success beyond them); returns every request (read once the peer's thread has ended).
 std::vector<Req> converse(const Call& call, const std::vector<Bytes>& answers, int32_t* rc) {
     std::vector<Req> seen;
-    std::mutex mu;
     {
         LoopbackPeer peer([&](sock_t s) {
             for (size_t k = 0;; ++k) {
                 const Bytes r = read_request(s);
                 if (r.size() < 28) return;
-                std::lock_guard<std::mutex> lock(mu);
                 seen.push_back({get_le32(&r[8]), get_le32(&r[16]), Bytes(r.begin() + 24, r.end() - 4)});
                 write_bytes(s, k < answers.size() ? answers[k] : response(0));
             }
@@ -51,12 +47,10 @@ std::vector<Req> converse(const Call& call, const std::vector<Bytes>& answers, i
 
 // A journal entry with a value of its own in every field (tags in the answer's order,
 // members in the record's), and the entry its elements give.
-const Bytes kEntryElements = box(1, cat({u32(7, 0x07), u32(8, 0x08), u32(9, 0x09), u32(10, 0x0A), u32(11, 0x0B),
-                                         u32(21, 0x21), text(12, "amy"), text(13, "in"), text(23, "dev"), u8(14, 0x14),
-                                         u8(15, 0x15), u32(16, 0x16), u8(17, 0x17), u8(18, 0x18), u8(19, 0x19),
-                                         u32(20, 20260102), u8(99, 1)}));
-const kvn_transaction_log kEntry = {7,    8,    9,    0x0A, 0x0B, 0x21, "amy", "in", "dev",
-                                    0x14, 0x15, 0x16, 0x17, 0x18, 0x19, 20260102};
+const Bytes kEntryElements = box(1, cat({u32(7, 0x07), u32(8, 0x08), u32(9, 0x09), u32(10, 0x0A), u32(11, 0x0B), u32(21, 0x21),
+                                         text(12, "amy"), text(13, "in"), text(23, "dev"), u8(14, 0x14), u8(15, 0x15), u32(16, 0x16),
+                                         u8(17, 0x17), u8(18, 0x18), u8(19, 0x19), u32(20, 20260102), u8(99, 1)}));
+const kvn_transaction_log kEntry = {7, 8, 9, 0x0A, 0x0B, 0x21, "amy", "in", "dev", 0x14, 0x15, 0x16, 0x17, 0x18, 0x19, 20260102};
 
 }  // namespace
 
@@ -64,8 +58,7 @@ TEST(LogsWire, EveryExportsRequests) {
     constexpr uint32_t kUp = 0x00040002, kDown = 0x00050002;
     auto q = std::make_unique<kvn_transaction_log_query>(), all = std::make_unique<kvn_transaction_log_query>();
     all->attr_t02 = 0x22, all->attr_t03 = 0x33, all->attr_t04 = 0x44, all->attr_t05 = 0x55, all->attr_t11 = 0x1111;
-    std::strcpy(all->text_t12, "amy");
-    std::strcpy(all->text_t13, "door");
+    std::strcpy(all->text_t12, "amy"), std::strcpy(all->text_t13, "door");
     kvn_transaction_log_id_list ids{3, {0x0A, 0x0B0C, 0xFFFFFFFE, 9}}, none{};
     kvn_user_group g{0x0A0B, "night"};
     auto page = std::make_unique<kvn_user_group_page>();
@@ -77,52 +70,39 @@ TEST(LogsWire, EveryExportsRequests) {
     const Bytes criteria = cat({u32(4, 0x44), u32(5, 0x55), u32(11, 0x1111), text(12, "amy"), text(13, "door")});
     const Bytes read = cat({{0x02, 0x01, 0x22, 0x03, 0x01, 0x33}, criteria});
     const Bytes file_b = cat({u32(4, 6), text(5, "b.bin")});
-    struct Row {
-        Call call;
-        std::vector<Req> want;
-        std::vector<Bytes> answers;
-    };
+    struct Row { Call call; std::vector<Req> want; std::vector<Bytes> answers; };
+#define CALL(...) [&](kvn_device_conn* c) { return __VA_ARGS__; }
     const Row rows[] = {
-        {[&](auto c) { return kvn_get_transaction_log_total_count(c, &u); }, {{kGet, 405, {}}}},
-        {[&](auto c) { return kvn_get_transaction_log_unread_count(c, &u); }, {{kGet, 406, {}}}},
-        {[&](auto c) { return kvn_get_transaction_log_read_count(c, &u); }, {{kGet, 407, {}}}},
-        {[&](auto c) { return kvn_get_transaction_log_count_for_date(c, q.get()); }, {{kGet, 408, {}}}},
-        {[&](auto c) { return kvn_get_transaction_log_count_for_criteria(c, all.get()); }, {{kGet, 411, criteria}}},
-        {[&](auto c) { return kvn_get_transaction_logs(c, all.get()); }, {{kGet, 401, read}}},
-        {[&](auto c) { return kvn_get_unread_transaction_logs(c, q.get()); }, {{kGet, 402, {2, 1, 0, 3, 1, 0}}}},
-        {[&](auto c) { return kvn_get_read_transaction_logs(c, all.get()); }, {{kGet, 403, read}}},
-        {[&](auto c) { return kvn_get_transaction_logs_for_date(c, all.get()); }, {{kGet, 404, read}}},
-        {[&](auto c) { return kvn_get_transaction_logs_for_criteria(c, all.get()); }, {{kGet, 412, read}}},
-        {[](auto c) { return kvn_mark_transaction_log_as_read(c, 0x01020304); }, {{kSet, 409, {7, 4, 4, 3, 2, 1}}}},
-        {[&](auto c) { return kvn_mark_transaction_logs_as_read(c, &ids); },
-         {{kSet, 409, cat({u32(7, 0x0A), u32(7, 0x0B0C), u32(7, 0xFFFFFFFE)})}}},
-        {[&](auto c) { return kvn_mark_transaction_logs_as_read(c, &none); }, {{kSet, 409, {}}}},
-        {[](auto c) { return kvn_mark_transaction_log_as_online(c, 0x0410); }, {{kGet, 410, {7, 4, 0x10, 4, 0, 0}}}},
+        {CALL(kvn_get_transaction_log_count_for_date(c, q.get())), {{kGet, 408, {}}}},
+        {CALL(kvn_get_transaction_log_count_for_criteria(c, all.get())), {{kGet, 411, criteria}}},
+        {CALL(kvn_get_transaction_logs(c, all.get())), {{kGet, 401, read}}},
+        {CALL(kvn_get_unread_transaction_logs(c, q.get())), {{kGet, 402, {2, 1, 0, 3, 1, 0}}}},
+        {CALL(kvn_get_read_transaction_logs(c, all.get())), {{kGet, 403, read}}},
+        {CALL(kvn_get_transaction_logs_for_date(c, all.get())), {{kGet, 404, read}}},
+        {CALL(kvn_get_transaction_logs_for_criteria(c, all.get())), {{kGet, 412, read}}},
+        {CALL(kvn_mark_transaction_log_as_read(c, 0x01020304)), {{kSet, 409, {7, 4, 4, 3, 2, 1}}}},
+        {CALL(kvn_mark_transaction_logs_as_read(c, &ids)), {{kSet, 409, cat({u32(7, 0x0A), u32(7, 0x0B0C), u32(7, 0xFFFFFFFE)})}}},
+        {CALL(kvn_mark_transaction_logs_as_read(c, &none)), {{kSet, 409, {}}}},
+        {CALL(kvn_mark_transaction_log_as_online(c, 0x0410)), {{kGet, 410, {7, 4, 0x10, 4, 0, 0}}}},
         {kvn_delete_all_transaction_logs, {{kReset, 413, Bytes(20480, 0)}}},
         // The start answer names the transfer; the packet carries the file's bytes.
-        {[&](auto c) { return kvn_upload_file(c, &up); },
-         {{kUp, 120, cat({u32(4, 5), text(5, "a.bin"), u32(6, 3), u32(7, 1)})},
+        {CALL(kvn_upload_file(c, &up)), {{kUp, 120, cat({u32(4, 5), text(5, "a.bin"), u32(6, 3), u32(7, 1)})},
           {kSet, 120, cat({u32(1, 0x77), u32(3, 1), el(8, {1, 2, 3})})}},
          {response(0, u32(1, 0x77))}},
-        {[&](auto c) { return kvn_download_file(c, &down); },
-         {{kDown, 120, file_b}, {kGet, 120, cat({u32(1, 0x66), u32(3, 1)})}},
+        {CALL(kvn_download_file(c, &down)), {{kDown, 120, file_b}, {kGet, 120, cat({u32(1, 0x66), u32(3, 1)})}},
          {response(0, cat({u32(1, 0x66), u32(6, 3), u32(7, 1)})), response(0, cat({u32(3, 1), el(8, {9, 8, 7})}))}},
-        {[&](auto c) { return kvn_delete_file(c, &down); }, {{kReset, 120, file_b}}},
+        {CALL(kvn_delete_file(c, &down)), {{kReset, 120, file_b}}},
         {kvn_upgrade_firware, {{kSet, 601, {5, 1, 1}}}},
         {kvn_restore_backup_file, {{kSet, 601, {7, 1, 1}}}},
-        {[](auto c) { return kvn_upgrade_firware_export_csv_file(c, "u.csv"); },
-         {{kGet, 601, {8, 1, 1, 10, 5, 'u', '.', 'c', 's', 'v'}}}},
-        {[](auto c) { return kvn_upgrade_firware_import_csv_file(c, "in"); },
-         {{kSet, 601, {9, 1, 1, 10, 2, 'i', 'n'}}}},
-        {[&](auto c) { return kvn_store_user_group(c, &g); }, {{kSet, 10, cat({u32(2, 0x0A0B), text(3, "night")})}}},
-        {[&](auto c) { return kvn_delete_user_group(c, &g); }, {{kReset, 10, cat({u32(2, 0x0A0B), text(3, "night")})}}},
-        {[&](auto c) { return kvn_retrieve_user_group(c, page.get()); }, {{kGet, 10, cat({u32(4, 3), u32(5, 0x35)})}}},
-        {[&](auto c) { return kvn_get_total_user_group_count(c, &u); }, {{kGet, 11, {}}}},
-        {kvn_delete_all_user_group, {{kReset, 12, {}}}},
-        {[](auto c) { return kvn_store_user_display_image_setting(c, 0x0156); }, {{kSet, 156, {4, 4, 0x56, 1, 0, 0}}}},
-        {[&](auto c) { return kvn_retrieve_user_display_image_setting(c, &u); }, {{kGet, 156, Bytes(1024, 0)}}},
-        {kvn_reset_user_display_image_setting, {{kReset, 156, {}}}},
+        {CALL(kvn_upgrade_firware_export_csv_file(c, "u.csv")), {{kGet, 601, {8, 1, 1, 10, 5, 'u', '.', 'c', 's', 'v'}}}},
+        {CALL(kvn_upgrade_firware_import_csv_file(c, "in")), {{kSet, 601, {9, 1, 1, 10, 2, 'i', 'n'}}}},
+        {CALL(kvn_store_user_group(c, &g)), {{kSet, 10, cat({u32(2, 0x0A0B), text(3, "night")})}}},
+        {CALL(kvn_delete_user_group(c, &g)), {{kReset, 10, cat({u32(2, 0x0A0B), text(3, "night")})}}},
+        {CALL(kvn_retrieve_user_group(c, page.get())), {{kGet, 10, cat({u32(4, 3), u32(5, 0x35)})}}},
+        {CALL(kvn_store_user_display_image_setting(c, 0x0156)), {{kSet, 156, {4, 4, 0x56, 1, 0, 0}}}},
+        {CALL(kvn_retrieve_user_display_image_setting(c, &u)), {{kGet, 156, Bytes(1024, 0)}}},
     };
+#undef CALL
     for (const Row& r : rows) {
         int32_t rc = 99;
         const std::vector<Req> seen = converse(r.call, r.answers, &rc);
@@ -130,8 +110,7 @@ TEST(LogsWire, EveryExportsRequests) {
         EXPECT_EQ(rc, 0) << id;
         ASSERT_EQ(seen.size(), r.want.size()) << id;
         for (size_t k = 0; k < seen.size(); ++k) {
-            EXPECT_EQ(seen[k].word, r.want[k].word) << id << " request " << k;
-            EXPECT_EQ(seen[k].command, id) << id << " request " << k;
+            EXPECT_EQ(std::make_pair(seen[k].word, seen[k].command), std::make_pair(r.want[k].word, id)) << " request " << k;
             EXPECT_BYTES(seen[k].payload, r.want[k].payload) << id << " request " << k;
         }
     }
@@ -148,33 +127,24 @@ TEST(LogsWire, DecodersStoreByTagWithinBounds) {
     EXPECT_EQ(std::memcmp(&q->entries[0], &kEntry, sizeof kEntry), 0);
     EXPECT_EQ(std::string(q->entries[1].text_t13, 51) + q->entries[1].text_t23, long_text.substr(0, 51));
     // 257 entries: the one-byte index wraps, so the last lands in entry 0.
-    Bytes many;
-    for (uint32_t i = 0; i < 257; ++i) many = cat({many, box(1, u32(7, i))});
+    const Bytes many = each(257, [](size_t i) { return box(1, u32(7, uint32_t(i))); });
     EXPECT_EQ(capture([&](auto c) { return kvn_get_unread_transaction_logs(c, q.get()); }, response(0, many)).rc, 0);
     EXPECT_EQ(q->log_count, 0xABCDEF01u);
     EXPECT_EQ(q->entries[0].log_id, 256u);
-    // Malformed after one entry: -1, the entry kept. Without a tag-1 container: none.
-    const Bytes bad = cat({box(1, u32(7, 0x51)), {0xFF}});
-    EXPECT_EQ(capture([&](auto c) { return kvn_get_read_transaction_logs(c, q.get()); }, response(0, bad)).rc, -1);
-    EXPECT_EQ(q->entries[0].log_id, 0x51u);
+    // Without a tag-1 container: none, and the low byte cleared.
     const Bytes none = u32(6, 1);
     EXPECT_EQ(capture([&](auto c) { return kvn_get_transaction_logs_for_date(c, q.get()); }, response(0, none)).rc, 0);
     EXPECT_EQ(q->log_count, 0xABCDEF00u);
-    // Filtered counts write the whole log_count; the plain values leave theirs alone without a payload.
-    EXPECT_EQ(capture([&](auto c) { return kvn_get_transaction_log_count_for_date(c, q.get()); },
-                      response(0, cat({u32(2, 9), u32(6, 0x0605)}))).rc, 0);
+    // Filtered counts write the whole log_count; the plain values are one u32 under their tag.
+    const Bytes count = cat({u32(2, 9), u32(6, 0x0605)});
+    EXPECT_EQ(capture([&](auto c) { return kvn_get_transaction_log_count_for_date(c, q.get()); }, response(0, count)).rc, 0);
     EXPECT_EQ(q->log_count, 0x0605u);
     const std::pair<int32_t (*)(kvn_device_conn*, uint32_t*), uint8_t> values[] = {
         {kvn_get_transaction_log_total_count, 6}, {kvn_get_transaction_log_unread_count, 6},
         {kvn_get_transaction_log_read_count, 6}, {kvn_get_total_user_group_count, 1},
         {kvn_retrieve_user_display_image_setting, 4}};
-    for (const auto& [get, tag] : values) {
-        uint32_t v = 0;
-        const Bytes answer = cat({u32(uint8_t(tag + 1), 1), u32(tag, 0x01020300u + tag)});
-        EXPECT_EQ(capture([&](auto c) { return get(c, &v); }, response(0, answer)).rc, 0);
-        EXPECT_EQ(capture([&](auto c) { return get(c, &v); }).rc, 0);
-        EXPECT_EQ(v, 0x01020300u + tag);
-    }
+    for (const auto& [get, tag] : values)
+        expect_decodes("value", get, cat({u32(uint8_t(tag + 1), 1), u32(tag, 0x01020300u + tag)}), uint32_t{0x01020300u + tag});
 }
 
 TEST(LogsWire, GroupPageStopsAtItsLimit) {
@@ -186,17 +156,13 @@ TEST(LogsWire, GroupPageStopsAtItsLimit) {
                               box(1, cat({text(3, std::string(60, 'n')), u32(2, 0x22), u32(6, 0x78)})),
                               box(1, u32(2, 0x23)), {0xFF}});
     EXPECT_EQ(capture([&](auto c) { return kvn_retrieve_user_group(c, page.get()); }, response(0, answer)).rc, 0);
-    EXPECT_EQ(page->groups[0].group_id, 0x21u);
-    EXPECT_EQ(std::string(page->groups[0].group_name, 4), "dayx");
-    EXPECT_EQ(page->groups[1].group_id, 0x22u);
-    EXPECT_EQ(std::string(page->groups[1].group_name, 52), std::string(50, 'n') + "xx");
-    EXPECT_EQ(page->total, 0x78u);
-    EXPECT_EQ(page->groups[2].group_id, 0x78787878u);
+    EXPECT_EQ(std::vector<uint32_t>({page->groups[0].group_id, page->groups[1].group_id, page->total, page->groups[2].group_id}),
+              std::vector<uint32_t>({0x21, 0x22, 0x78, 0x78787878}));
+    EXPECT_EQ(std::string(page->groups[0].group_name, 4) + std::string(page->groups[1].group_name, 52), "dayx" + std::string(50, 'n') + "xx");
     page->range_end = 10;  // an empty range reads nothing
     EXPECT_EQ(capture([&](auto c) { return kvn_retrieve_user_group(c, page.get()); }, response(0, {0xFF})).rc, 0);
     page->range_end = 4;  // a range that wraps is bounded by the 50 groups held
-    Bytes many;
-    for (uint32_t i = 0; i < 51; ++i) many = cat({many, box(1, cat({u32(2, i), u32(6, 100 + i)}))});
+    const Bytes many = each(51, [](size_t i) { return box(1, cat({u32(2, uint32_t(i)), u32(6, uint32_t(100 + i))})); });
     EXPECT_EQ(capture([&](auto c) { return kvn_retrieve_user_group(c, page.get()); }, response(0, many)).rc, 0);
     EXPECT_EQ(page->groups[49].group_id, 49u);
     EXPECT_EQ(page->total, 149u);
@@ -206,13 +172,8 @@ TEST(LogsWire, DownloadRetriesWithinItsBudgetFollowsTheTerminalsNumbersAndBounds
     const auto rq = transfer("wire_got.bin", "f");
     const Bytes start = response(0, cat({u32(1, 9), u32(6, 6), u32(7, 2)}));
     auto packet = [](uint32_t n, const Bytes& d) { return response(0, cat({u32(3, n), el(8, d)})); };
-    struct Case {
-        bool ext;  // the extension stops at the first failure
-        std::vector<Bytes> answers;
-        int32_t rc;
-        size_t requests;
-        Bytes file;
-    };
+    // ext: the extension, which stops at the first failure.
+    struct Case { bool ext; std::vector<Bytes> answers; int32_t rc; size_t requests; Bytes file; };
     const Case cases[] = {
         // A failed packet is asked again; the two attempts are spent, so packet 2 never comes.
         {false, {start, response(KVN_E_INVALID_PACKET_ID), packet(1, {1, 2})}, 0, 3, {1, 2}},
@@ -222,9 +183,7 @@ TEST(LogsWire, DownloadRetriesWithinItsBudgetFollowsTheTerminalsNumbersAndBounds
     };
     for (const Case& k : cases) {
         int32_t rc = 0;
-        const Call call = [&](auto c) {
-            return k.ext ? kvn_ext_download_file(c, &rq, nullptr, nullptr) : kvn_download_file(c, &rq);
-        };
+        const Call call = [&](auto c) { return k.ext ? kvn_ext_download_file(c, &rq, nullptr, nullptr) : kvn_download_file(c, &rq); };
         EXPECT_EQ(converse(call, k.answers, &rc).size(), k.requests);
         EXPECT_EQ(rc, k.rc);
         EXPECT_EQ(file_bytes("wire_got.bin"), k.file);

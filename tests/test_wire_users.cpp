@@ -1,15 +1,18 @@
 // Users, enrolment, identification, verification and smart cards on the wire: one
-// row per export with the request bytes written out by hand from the wire format, and
-// the decoders on hand-made answers in which every field carries a value of its own.
+// row per export that sends a payload, its bytes written out by hand from the wire
+// format (request type and command id are held in test_commands.cpp), and the decoders
+// on hand-made answers in which every field carries a value of its own.
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "kvnsdk2.h"
 #include "peer.h"
+#include "records.h"
 #include "user_fixture.h"
 
 using namespace kvntest;
@@ -19,11 +22,9 @@ namespace {
 using U32s = std::vector<uint32_t>;
 
 Bytes groups() {  // ten template groups, then three value groups
-    Bytes b;
-    for (uint8_t i = 0; i < 10; ++i)
-        b = cat({b, box(22, cat({u8(7, i), u8(15, 0x50 + i), u8(21, 0x60 + i), u8(17, 0x70 + i),
-                                  el(23, template_bytes(i + uint32_t('u')))}))});
-    return cat({b, box(34, u32(35, 0x3501)), box(34, u32(35, 0x3502)), box(34, u32(35, 0x3503))});
+    return cat({each(10, [](size_t k) { const auto i = uint8_t(k);
+                    return box(22, cat({u8(7, i), u8(15, 0x50 + i), u8(21, 0x60 + i), u8(17, 0x70 + i), el(23, template_bytes(i + uint32_t('u')))})); }),
+                box(34, u32(35, 0x3501)), box(34, u32(35, 0x3502)), box(34, u32(35, 0x3503))});
 }
 const Bytes kHead = cat({text(2, "u7"), text(3, "three"), text(4, "four"), u8(6, 0x06)});
 const Bytes kMiddle = cat({u32(5, 0x505), u32(8, 0x808), u32(9, 0x909), text(10, "ten")});
@@ -31,20 +32,15 @@ const Bytes kTail = cat({u8(13, 0x13), u8(14, 0x14), u8(16, 0x16), u32(18, 0x181
                          el(20, whole("twenty", 64)), u8(33, 0x33)});
 const Bytes kData32 = {0x32, 0x33, 0x34, 0x35, 0x36, 0x37, 0x38, 0x39, 0x3A, 0x3B, 0x3C, 0x3D, 0x3E, 0x3F, 0x40, 0x41};
 // Store form: 29 after 6, 11 and 12 as their low byte, 32 after 33, 0x84 lengths.
-const Bytes kStored =
-    box(1, cat({kHead, u8(29, 0x29), kMiddle, u8(11, 0x11), u8(12, 0x12), kTail, el(32, kData32), groups()}));
+const Bytes kStored = box(1, cat({kHead, u8(29, 0x29), kMiddle, u8(11, 0x11), u8(12, 0x12), kTail, el(32, kData32), groups()}));
 // Card form: no 29 or 32, 11 and 12 as four bytes, tag 1 in its shortest length form.
 const Bytes kOnCard = el(1, cat({kHead, kMiddle, u32(11, 0x0A11), u32(12, 0x0B12), kTail, groups()}));
 
-Bytes card_id() {
-    Bytes b(64);
-    for (uint8_t i = 0; i < 64; ++i) b[i] = uint8_t(0xC0 + i);
-    return b;
-}
+const Bytes kCardId = [] { Bytes b(64); for (uint8_t i = 0; i < 64; ++i) b[i] = uint8_t(0xC0 + i); return b; }();
 
 }  // namespace
 
-TEST(UsersWire, EveryExportsRequest) {
+TEST(UsersWire, EveryPayload) {
     auto user = full_user(), read = full_user();  // a read clears its record
     user->attr_t11 = 0x0A11, user->attr_t12 = 0x0B12, user->attr_t16 = 0x0C16;  // a store sends the low byte
     kvn_user_store_result result{};
@@ -59,69 +55,36 @@ TEST(UsersWire, EveryExportsRequest) {
     kvn_verify_template_request by_template{tmpl, 3, 5, {}};
     kvn_verify_user_id_request by_id{"u7", {}};
     kvn_verify_user_record_request by_record{user.get(), nullptr, {}};
-    auto card = std::make_unique<kvn_smart_card_data>();
     const kvn_smart_card_raw_data raw{reinterpret_cast<const uint8_t*>("\xDE\xAD\xBE"), 3};
-    const Bytes id = card_id();
+    auto empty = std::make_unique<kvn_user_record>();  // all zero but its id
+    empty->user_id[0] = 'm';
+    kvn_verify_user_record_request by_empty{empty.get(), nullptr, {}};
     auto revoked = std::make_unique<kvn_revoked_card_list>();
     revoked->request_value_2 = 10;
-    uint32_t n = 0;
-    struct Row {
-        const char* name;
-        Call call;
-        uint32_t word, command;
-        Bytes payload;
-    };
-    const Row rows[] = {
-        {"store", [&](auto c) { return kvn_store_user_record(c, &store); }, kSet, 7, kStored},
-        {"get", [&](auto c) { return kvn_get_user_record(c, read.get()); }, kGet, 7, text(2, "u7")},
-        {"delete", [&](auto c) { return kvn_delete_user_record(c, user.get()); }, kReset, 7, text(2, "u7")},
-        {"user count", [&](auto c) { return kvn_get_user_count(c, &n); }, kGet, 8, {}},
-        {"biometric count", [&](auto c) { return kvn_get_biometric_count(c, &n); }, kGet, 508, {}},
-        {"delete templates", [&](auto c) { return kvn_delete_user_templete_indexes(c, &indexes); }, kSet, 505,
-         cat({text(2, "u7"), el(7, {3, 5, 9})})},
-        {"validate", [](auto c) { return kvn_user_validate_user_id_finger_index(c, "u7", 4); }, kGet, 13,
-         cat({text(1, "u7"), u8(2, 4)})},
-        {"update template", [&](auto c) { return kvn_user_update_biometric_template(c, "u7", 4, tmpl, 3); }, kGet, 14,
-         cat({text(1, "u7"), u8(2, 4), el(3, {1, 2, 3})})},
-        {"enrol", [&](auto c) { return kvn_enrollment(c, enrol.get()); }, kGet, 1, cat({text(1, "u7"), u8(9, 2)})},
-        {"enrol checked", [&](auto c) { return kvn_enrollment_with_duplicate_identify(c, enrol.get()); }, kGet, 15,
-         cat({text(1, "u7"), u8(9, 2)})},
-        {"identify", [&](auto c) { return kvn_identify_user(c, ident.get()); }, kGet, 6, {}},
-        {"identify template", [&](auto c) { return kvn_identify_user_with_biometric_template(c, ident.get()); }, kGet,
-         16, cat({el(1, {9, 8, 7}), el(2, Bytes(200, 0))})},
-        {"verify template", [&](auto c) { return kvn_verify_by_template(c, &by_template); }, kGet, 3,
-         cat({u8(1, 5), u32(2, 3), el(3, {1, 2, 3})})},
-        {"verify id", [&](auto c) { return kvn_verify_by_user_id(c, &by_id); }, kGet, 4, text(1, "u7")},
-        {"verify record", [&](auto c) { return kvn_verify_by_user_record(c, &by_record); }, kGet, 5, kStored},
-        {"secure card", kvn_secure_smart_card, kSet, 906, {}},
-        {"format card", kvn_format_desfire_card, kSet, 907, {}},
-        {"read card", [&](auto c) { return kvn_read_data_on_smart_card(c, card.get()); }, kGet, 909, {}},
-        {"write raw", [&](auto c) { return kvn_write_data_on_smart_card(c, &raw); }, kSet, 905, {0xDE, 0xAD, 0xBE}},
-        {"write user", [&](auto c) { return kvn_write_user_record_on_smart_card(c, user.get()); }, kSet, 905, kOnCard},
-        {"reset card", kvn_reset_smart_card, kReset, 905, {}},
-        {"revoke", [&](auto c) { return kvn_revoke_smart_card(c, id.data()); }, kSet, 910, cat({{0x0C, 0x40}, id})},
-        {"unrevoke", [&](auto c) { return kvn_unrevoke_smart_card(c, id.data()); }, kReset, 910, cat({{0x0C, 0x40}, id})},
-        {"revoked count", [&](auto c) { return kvn_get_revoked_smart_card_count(c, &n); }, kGet, 911, {}},
-        {"revoked list", [&](auto c) { return kvn_get_revoked_smart_card_list(c, revoked.get()); }, kGet, 910,
-         {0x1B, 0x01, 0x00, 0x1C, 0x01, 0x0A}},
-    };
-    for (const Row& r : rows) {
-        const Seen s = capture(r.call);
-        EXPECT_EQ(U32s({uint32_t(s.rc), s.word, s.command}), U32s({0, r.word, r.command})) << r.name;
-        EXPECT_BYTES(s.payload, r.payload) << r.name;
-    }
-}
-
-// Without templates, values, tag-4 length, attributes 5, 8, 9 and text 10, those tags
-// stay out; tag 3 goes out empty.
-TEST(UsersWire, EmptyOptionalFieldsStayOut) {
-    auto user = std::make_unique<kvn_user_record>();  // all zero
-    user->user_id[0] = 'm';
-    kvn_verify_user_record_request verify{user.get(), nullptr, {}};
-    const Bytes zeros = cat({u8(11, 0), u8(12, 0), u8(13, 0), u8(14, 0), u8(16, 0), u32(18, 0), el(19, Bytes(64)),
-                             el(20, Bytes(64)), u8(33, 0), el(32, Bytes(16))});
-    EXPECT_BYTES(capture([&](auto c) { return kvn_verify_by_user_record(c, &verify); }).payload,
-                 box(1, cat({text(2, "m"), el(3, {}), u8(6, 0), u8(29, 0), zeros})));
+#define CALL(...) [&](kvn_device_conn* c) { return __VA_ARGS__; }
+    expect_payloads({
+        {CALL(kvn_store_user_record(c, &store)), kStored},
+        {CALL(kvn_get_user_record(c, read.get())), text(2, "u7")},
+        {CALL(kvn_delete_user_record(c, user.get())), text(2, "u7")},
+        {CALL(kvn_delete_user_templete_indexes(c, &indexes)), cat({text(2, "u7"), el(7, {3, 5, 9})})},
+        {CALL(kvn_user_validate_user_id_finger_index(c, "u7", 4)), cat({text(1, "u7"), u8(2, 4)})},
+        {CALL(kvn_user_update_biometric_template(c, "u7", 4, tmpl, 3)), cat({text(1, "u7"), u8(2, 4), el(3, {1, 2, 3})})},
+        {CALL(kvn_enrollment(c, enrol.get())), cat({text(1, "u7"), u8(9, 2)})},
+        {CALL(kvn_enrollment_with_duplicate_identify(c, enrol.get())), cat({text(1, "u7"), u8(9, 2)})},
+        {CALL(kvn_identify_user_with_biometric_template(c, ident.get())), cat({el(1, {9, 8, 7}), el(2, Bytes(200, 0))})},
+        {CALL(kvn_verify_by_template(c, &by_template)), cat({u8(1, 5), u32(2, 3), el(3, {1, 2, 3})})},
+        {CALL(kvn_verify_by_user_id(c, &by_id)), text(1, "u7")},
+        {CALL(kvn_verify_by_user_record(c, &by_record)), kStored},
+        // Without templates, values, tag-4 length, attributes 5, 8, 9 and text 10, those tags stay out; tag 3 goes out empty.
+        {CALL(kvn_verify_by_user_record(c, &by_empty)), box(1, cat({text(2, "m"), el(3, {}), u8(6, 0), u8(29, 0), u8(11, 0), u8(12, 0), u8(13, 0),
+            u8(14, 0), u8(16, 0), u32(18, 0), el(19, Bytes(64)), el(20, Bytes(64)), u8(33, 0), el(32, Bytes(16))}))},
+        {CALL(kvn_write_data_on_smart_card(c, &raw)), {0xDE, 0xAD, 0xBE}},
+        {CALL(kvn_write_user_record_on_smart_card(c, user.get())), kOnCard},
+        {CALL(kvn_revoke_smart_card(c, kCardId.data())), cat({{0x0C, 0x40}, kCardId})},
+        {CALL(kvn_unrevoke_smart_card(c, kCardId.data())), cat({{0x0C, 0x40}, kCardId})},
+        {CALL(kvn_get_revoked_smart_card_list(c, revoked.get())), {0x1B, 0x01, 0x00, 0x1C, 0x01, 0x0A}},
+    });
+#undef CALL
 }
 
 // Nothing goes out when a count or length reaches past its array, when a request does
@@ -164,10 +127,8 @@ TEST(UsersDecoders, UserRecordEveryFieldByItsTag) {
     std::memset(got->reserved, 0xEE, sizeof got->reserved);
     EXPECT_EQ(capture([&](auto c) { return kvn_get_user_record(c, got.get()); }, response(0, kStored)).rc, 0);
     EXPECT_EQ(std::memcmp(got.get(), as_read_back(*full_user()).get(), sizeof *got), 0);
-    auto card = std::make_unique<kvn_smart_card_data>();
-    std::memset(card.get(), 0, sizeof *card);
     const Bytes answer = cat({el(12, Bytes(70, 0x5E)), u32(11, 0x1111), el(17, Bytes(kStored.begin() + 6, kStored.end()))});
-    EXPECT_EQ(capture([&](auto c) { return kvn_read_data_on_smart_card(c, card.get()); }, response(0, answer)).rc, 0);
+    const auto card = decoded<kvn_smart_card_data>(kvn_read_data_on_smart_card, answer);
     EXPECT_EQ(U32s({card->serial[63], card->serial_info}), U32s({0x5E, 0x1111}));
     EXPECT_EQ(std::memcmp(&card->user, as_read_back(*full_user()).get(), sizeof card->user), 0);
 }
@@ -213,10 +174,7 @@ TEST(UsersDecoders, AnswersOfStoreEnrolmentIdentificationVerificationRevocation)
         EXPECT_EQ(std::memcmp(buffer.get(), t3.data(), t3.size()), 0);
         EXPECT_STREQ(e.text_t10, checked ? "holder" : "");
     }
-    auto ident = std::make_unique<kvn_identify_request>();
-    std::memset(ident->user_id, 'x', sizeof ident->user_id);
-    EXPECT_EQ(capture([&](auto c) { return kvn_identify_user(c, ident.get()); },
-                      response(0, cat({u32(1, 0x5C), text(2, "amy"), u8(3, 3)}))).rc, 0);
+    const auto ident = decoded<kvn_identify_request>(kvn_identify_user, cat({u32(1, 0x5C), text(2, "amy"), u8(3, 3)}), 0, 'x');
     EXPECT_EQ(std::string(ident->user_id, 4), "amyx");  // the rest of the field as it was
     EXPECT_EQ(U32s({ident->attr_t01, ident->attr_t03}), U32s({0x5C, 3}));
     kvn_verify_user_id_request v{"u7", {0x0101, 0x0202}};
@@ -225,8 +183,8 @@ TEST(UsersDecoders, AnswersOfStoreEnrolmentIdentificationVerificationRevocation)
 
     auto list = std::make_unique<kvn_revoked_card_list>();
     list->entry_count = 200;
-    const Bytes listed = cat({el(12, card_id()), u32(18, 1), el(12, Bytes(64, 2)), el(12, {3})});
+    const Bytes listed = cat({el(12, kCardId), u32(18, 1), el(12, Bytes(64, 2)), el(12, {3})});
     EXPECT_EQ(capture([&](auto c) { return kvn_get_revoked_smart_card_list(c, list.get()); }, response(0, listed)).rc, 0);
-    EXPECT_EQ(Bytes(list->entries[0], list->entries[0] + 64), card_id());
+    EXPECT_EQ(Bytes(list->entries[0], list->entries[0] + 64), kCardId);
     EXPECT_EQ(U32s({list->entry_count, list->entries[1][63], list->entries[2][0], list->entries[2][1]}), U32s({3, 2, 3, 0}));
 }

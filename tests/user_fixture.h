@@ -31,9 +31,7 @@ inline std::unique_ptr<kvn_user_record> full_user(const char* id = "u7", int32_t
     r->attr_t06 = 0x06, r->attr_t29 = 0x29, r->attr_t05 = 0x505, r->attr_t08 = 0x808, r->attr_t09 = 0x909;
     r->attr_t11 = 0x11, r->attr_t12 = 0x12, r->attr_t13 = 0x13, r->attr_t14 = 0x14, r->attr_t16 = 0x16;
     r->attr_t18 = 0x1818, r->attr_t33 = 0x33;
-    std::strcpy(r->text_t10, "ten");
-    std::strcpy(r->text_t19, "nineteen");
-    std::strcpy(r->text_t20, "twenty");
+    std::strcpy(r->text_t10, "ten"), std::strcpy(r->text_t19, "nineteen"), std::strcpy(r->text_t20, "twenty");
     for (uint8_t k = 0; k < 16; ++k) r->data_t32[k] = uint8_t(0x32 + k);
     r->attr_t35[0] = 0x3501, r->attr_t35[1] = 0x3502, r->attr_t35[2] = 0x3503, r->attr_t35_count = 3;
     return r;
@@ -42,8 +40,7 @@ inline std::unique_ptr<kvn_user_record> full_user(const char* id = "u7", int32_t
 // What a read gives back of a stored user: everything but attributes 29 and 32.
 inline std::unique_ptr<kvn_user_record> as_read_back(const kvn_user_record& written) {
     auto r = std::make_unique<kvn_user_record>(written);
-    r->attr_t29 = 0;
-    std::memset(r->data_t32, 0, sizeof r->data_t32);
+    r->attr_t29 = 0, std::memset(r->data_t32, 0, sizeof r->data_t32);
     return r;
 }
 
