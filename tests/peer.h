@@ -107,21 +107,28 @@ inline ::testing::AssertionResult same_bytes(const Bytes& got, const Bytes& want
 inline bool wait_until(const std::function<bool()>& done,
                        std::chrono::milliseconds limit = std::chrono::milliseconds(10000)) {
     const auto end = std::chrono::steady_clock::now() + limit;
-    while (!done()) {
+    for (; !done(); std::this_thread::sleep_for(std::chrono::milliseconds(2)))
         if (std::chrono::steady_clock::now() >= end) return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    }
     return true;
 }
 
-// Shortens the library's per-chunk waits for one scope and restores them afterwards.
-struct ShortWaits {
+// The library's read and write limits (and whether serial links obey them) for the
+// life of the object; the previous settings come back after it.
+struct Limits {
     int32_t r, w, c;
-    explicit ShortWaits(int32_t ms) {
+    Limits(int32_t read_ms, int32_t write_ms, bool serial = false) {
         kvn_ext_get_timeouts(&r, &w, &c);
-        kvn_ext_set_timeouts(ms, ms, -1);
+        kvn_ext_set_timeouts(read_ms, write_ms, -1);
+        kvn_ext_apply_timeouts_to_serial(serial ? 1 : 0);
     }
-    ~ShortWaits() { kvn_ext_set_timeouts(r, w, c); }
+    ~Limits() {
+        kvn_ext_set_timeouts(r, w, c);
+        kvn_ext_apply_timeouts_to_serial(0);
+    }
+};
+// The same read and write limit, `ms`, for one scope.
+struct ShortWaits : Limits {
+    explicit ShortWaits(int32_t ms) : Limits(ms, ms) {}
 };
 
 // --- Loopback peer ---------------------------------------------------------------
@@ -132,6 +139,14 @@ inline kvn_device_conn tcp_conn(uint16_t port) {
     c.ip_address = "127.0.0.1";
     c.port = port;
     c.link.conn_type = KVN_CONN_TCP;
+    return c;
+}
+// A serial connection record; `name` must outlive it.
+inline kvn_device_conn serial_conn(const std::wstring& name, uint32_t baud) {
+    kvn_device_conn c{};
+    c.serial_port = name.c_str();
+    c.baud_rate = baud;
+    c.link.conn_type = KVN_CONN_SERIAL;
     return c;
 }
 
@@ -203,21 +218,5 @@ inline Bytes whole(const std::string& s, size_t size) {
     b.resize(size, 0);
     return b;
 }
-
-// The library's read and write limits (and whether serial links obey them) for the
-// life of the object; the previous settings come back after it.
-struct Limits {
-    int32_t r, w, c;
-    Limits(int32_t read_ms, int32_t write_ms, bool serial = false) {
-        kvn_ext_get_timeouts(&r, &w, &c);
-        kvn_ext_set_timeouts(read_ms, write_ms, -1);
-        kvn_ext_apply_timeouts_to_serial(serial ? 1 : 0);
-    }
-    ~Limits() {
-        kvn_ext_set_timeouts(r, w, c);
-        kvn_ext_apply_timeouts_to_serial(0);
-    }
-};
-
 
 }  // namespace kvntest

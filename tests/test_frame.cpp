@@ -8,25 +8,25 @@
 #include "peer.h"
 
 using kvntest::Bytes;
-using kvntest::LoopbackPeer;
+using kvntest::crc32;
 using kvntest::sock_t;
 
 namespace {
 
-using kvntest::crc32;
-
 // Runs `client` against a peer playing `script`; returns when both are done.
 template <class Script, class Client>
 void with_peer(Script script, Client client) {
-    LoopbackPeer peer(script);
+    kvntest::LoopbackPeer peer(script);
     kvn_device_conn c = peer.conn();
     ASSERT_EQ(kvn_open_device_conn(&c), 0);
     client(c);
     kvn_close_device_conn(&c);
 }
 
-// Sends a get request, lets the peer answer with `answer`; what kvn_receive_response returned.
-int32_t exchange(const Bytes& answer, uint8_t* buffer, uint32_t* length) {
+// Sends a get request, lets the peer answer with `answer`; what kvn_receive_response
+// returned. `after` runs on the client once the response has been read.
+int32_t exchange(const Bytes& answer, uint8_t* buffer, uint32_t* length,
+                 const std::function<void(kvn_device_conn&)>& after = nullptr) {
     int32_t rc = 99;
     with_peer(
         [&](sock_t s) {
@@ -37,6 +37,7 @@ int32_t exchange(const Bytes& answer, uint8_t* buffer, uint32_t* length) {
             const uint32_t word = KVN_REQUEST_WORD(KVN_REQ_GET);
             ASSERT_EQ(kvn_send_command(&c, &word, 104, nullptr, 0), 0);
             rc = kvn_receive_response(&c, buffer, length);
+            if (after) after(c);
         });
     return rc;
 }
@@ -111,11 +112,11 @@ TEST(ResponseFrame, StatusPayloadAndCapacity) {
         {0, 1, 2, 0, 1},           {0, 1, 1, -1, 1},
     };
     for (const Case& k : cases) {
+        SCOPED_TRACE(testing::Message() << k.status << " " << k.payload << "/" << k.capacity);
         Bytes buf(k.capacity + 8, 0xEE);
         uint32_t len = k.capacity;
-        const int32_t rc = exchange(kvntest::response(k.status, Bytes(k.payload, 0x5A)), buf.data(), &len);
-        EXPECT_EQ(rc, k.rc) << k.status << " " << k.payload << "/" << k.capacity;
-        EXPECT_EQ(len, k.length_after) << k.status << " " << k.payload << "/" << k.capacity;
+        EXPECT_EQ(exchange(kvntest::response(k.status, Bytes(k.payload, 0x5A)), buf.data(), &len), k.rc);
+        EXPECT_EQ(len, k.length_after);
         EXPECT_EQ(buf[0], k.rc == 0 && k.payload > 0 ? 0x5A : 0xEE) << "the payload, and only it, is read";
     }
 }
@@ -123,42 +124,28 @@ TEST(ResponseFrame, StatusPayloadAndCapacity) {
 TEST(ResponseFrame, BadSyncWordLeavesTheRestUnread) {
     Bytes answer = kvntest::response(0, {1, 1, 9});
     answer[0] ^= 0x01;
-    Bytes rest;
-    int32_t rc = 0;
-    with_peer([&](sock_t s) {
-                  kvntest::read_request(s);
-                  kvntest::write_bytes(s, answer);
-              },
-              [&](kvn_device_conn& c) {
-                  const uint32_t word = KVN_REQUEST_WORD(KVN_REQ_GET);
-                  ASSERT_EQ(kvn_send_command(&c, &word, 104, nullptr, 0), 0);
-                  uint8_t buf[64];
-                  uint32_t len = sizeof buf;
-                  rc = kvn_receive_response(&c, buf, &len);
-                  rest.resize(answer.size() - 4);
+    Bytes rest(answer.size() - 4);
+    uint8_t buf[64];
+    uint32_t len = sizeof buf;
+    EXPECT_EQ(exchange(answer, buf, &len, [&](kvn_device_conn& c) {
                   EXPECT_EQ(kvn_receive_data(&c.link, rest.data(), static_cast<uint32_t>(rest.size())), 0);
-              });
-    EXPECT_EQ(rc, -12);
+              }), -12);
     EXPECT_BYTES(rest, Bytes(answer.begin() + 4, answer.end()));
 }
 
 TEST(ResponseFrame, CorruptedBytesGiveCrcMismatch) {
-    const Bytes payload = {3, 4, 1, 0, 0, 0, 2, 1, 1};
-    const Bytes good = kvntest::response(0, payload);
+    const Bytes good = kvntest::response(0, {3, 4, 1, 0, 0, 0, 2, 1, 1});
     // Every byte after the sync word is covered: header words, length-neutral
-    // payload bytes and the CRC itself.
-    for (size_t at : {size_t{4}, size_t{16}, size_t{22}, size_t{28}, size_t{36}, good.size() - 1}) {
-        Bytes bad = good;
-        bad[at] ^= 0x40;
+    // payload bytes and the CRC itself; also in an answer without payload.
+    std::vector<Bytes> bad;
+    for (size_t at : {size_t{4}, size_t{16}, size_t{22}, size_t{28}, size_t{36}, good.size() - 1})
+        (bad.emplace_back(good))[at] ^= 0x40;
+    (bad.emplace_back(kvntest::response(-2021))).back() ^= 1;
+    for (const Bytes& b : bad) {
         uint8_t buf[64];
         uint32_t len = sizeof buf;
-        EXPECT_EQ(exchange(bad, buf, &len), -6) << "byte " << at;
+        EXPECT_EQ(exchange(b, buf, &len), -6) << kvntest::hex_dump(b);
     }
-    Bytes bad_empty = kvntest::response(-2021);
-    bad_empty.back() ^= 1;
-    uint8_t buf[8];
-    uint32_t len = sizeof buf;
-    EXPECT_EQ(exchange(bad_empty, buf, &len), -6);
 }
 
 TEST(ResponseFrame, PeerClosingMidFrameGivesReadErrorWithoutWaiting) {
@@ -167,8 +154,7 @@ TEST(ResponseFrame, PeerClosingMidFrameGivesReadErrorWithoutWaiting) {
     for (size_t cut : {size_t{0}, size_t{2}, size_t{4}, size_t{20}, size_t{28}, size_t{60}, full.size() - 2}) {
         uint8_t buf[256];
         uint32_t len = sizeof buf;
-        const int32_t rc = exchange(Bytes(full.begin(), full.begin() + static_cast<long>(cut)), buf, &len);
-        EXPECT_EQ(rc, -2) << "cut at " << cut;
+        EXPECT_EQ(exchange(Bytes(full.begin(), full.begin() + static_cast<long>(cut)), buf, &len), -2) << "cut at " << cut;
     }
 }
 
@@ -187,28 +173,37 @@ TEST(ResponseFrame, PeerThatNeverReadsGivesWriteError) {
     EXPECT_EQ(rc, -3);
 }
 
+// A count of 0 moves nothing, even on a socket that could not be used.
+TEST(ResponseFrame, ZeroCountsTouchNothing) {
+    kvn_conn_link link{};
+    link.conn_type = KVN_CONN_TCP;
+    link.socket = static_cast<kvn_socket_t>(-1);  // INVALID_SOCKET on Windows
+    uint8_t b = 0;
+    EXPECT_EQ(kvn_send_data(&link, &b, 0), 0);
+    EXPECT_EQ(kvn_receive_data(&link, &b, 0), 0);
+    EXPECT_EQ(kvn_send_data(&link, &b, 1), -3);
+    EXPECT_EQ(kvn_receive_data(&link, &b, 1), -2);
+}
+
 // The reset command: request type 3 without payload, the status as its result, any
 // payload discarded; an answer as long as its 1024-byte buffer is refused.
 TEST(ResponseFrame, ResetCommandSendsResetAndReturnsStatus) {
+    const Bytes answers[] = {kvntest::response(-2021, Bytes(40, 7)), kvntest::response(-1002),
+                             kvntest::response(0, Bytes(1024, 7))};
+    const int32_t rcs[] = {0, -1002, -1};
     Bytes seen;
-    int32_t rc = 0, too_long = 0;
     with_peer(
         [&](sock_t s) {
-            seen = kvntest::read_request(s);
-            kvntest::write_bytes(s, kvntest::response(-2021, Bytes(40, 7)));
-            kvntest::read_request(s);
-            kvntest::write_bytes(s, kvntest::response(-1002));
-            kvntest::read_request(s);
-            kvntest::write_bytes(s, kvntest::response(0, Bytes(1024, 7)));
+            for (const Bytes& a : answers) {
+                const Bytes req = kvntest::read_request(s);
+                if (seen.empty()) seen = req;
+                kvntest::write_bytes(s, a);
+            }
         },
         [&](kvn_device_conn& c) {
-            EXPECT_EQ(kvn_send_reset_command(&c, 121), 0);
-            rc = kvn_send_reset_command(&c, 122);
-            too_long = kvn_send_reset_command(&c, 131);
+            for (uint32_t i = 0; i < 3; ++i) EXPECT_EQ(kvn_send_reset_command(&c, 121 + i), rcs[i]) << i;
         });
     ASSERT_EQ(seen.size(), 28u);
     EXPECT_EQ(kvntest::get_le32(seen.data() + 8), 0x00030002u);
     EXPECT_EQ(kvntest::get_le32(seen.data() + 16), 121u);
-    EXPECT_EQ(rc, -1002);
-    EXPECT_EQ(too_long, -1);
 }
