@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cerrno>
 #include <cstring>
 
 #include "kvnsdk2.h"
@@ -158,19 +159,28 @@ TEST(ResponseFrame, PeerClosingMidFrameGivesReadErrorWithoutWaiting) {
     }
 }
 
+// A peer that accepts and never reads: the socket buffers take a few frames, the
+// write that finds them full waits once and fails with a timeout, instead of waiting
+// inside send() until the peer goes away (which would show as a reset, not a timeout).
 TEST(ResponseFrame, PeerThatNeverReadsGivesWriteError) {
+#ifdef _WIN32
+    constexpr int32_t kTimedOut = 10060;  // WSAETIMEDOUT
+#else
+    constexpr int32_t kTimedOut = ETIMEDOUT;
+#endif
     kvntest::ShortWaits waits(150);
     std::atomic<bool> done{false};
-    int32_t rc = 0;
+    int32_t rc = 0, os_error = 0;
     Bytes big(KVN_MAX_REQUEST_PAYLOAD, 0x11);
-    with_peer([&](sock_t) { kvntest::wait_until([&] { return done.load(); }); },
+    with_peer([&](sock_t) { kvntest::wait_until([&] { return done.load(); }, std::chrono::seconds(60)); },
               [&](kvn_device_conn& c) {
                   const uint32_t word = KVN_REQUEST_WORD(KVN_REQ_SET);
-                  // Socket buffers take a few frames; the write that finds them full waits and fails.
                   for (int i = 0; i < 200 && rc == 0; ++i) rc = kvn_send_command(&c, &word, 120, big.data(), KVN_MAX_REQUEST_PAYLOAD);
+                  os_error = kvn_ext_last_os_error();
                   done = true;
               });
     EXPECT_EQ(rc, -3);
+    EXPECT_EQ(os_error, kTimedOut);
 }
 
 // A count of 0 moves nothing, even on a socket that could not be used.

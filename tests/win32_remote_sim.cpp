@@ -43,12 +43,9 @@ std::string command_line(const Options& o) {
     if (f.bad_sync) add("--bad-sync");
     if (f.bad_crc) add("--bad-crc");
     if (f.byte_by_byte) add("--byte-by-byte");
-    if (!o.card.empty()) {
-        static const char* const hex = "0123456789ABCDEF";
-        std::string h;
-        for (uint8_t b : o.card) h += std::string{hex[b >> 4], hex[b & 15]};
-        add("--card " + h);
-    }
+    std::string card;
+    for (uint8_t b : o.card) card += {"0123456789ABCDEF"[b >> 4], "0123456789ABCDEF"[b & 15]};
+    if (!card.empty()) add("--card " + card);
     if (f.start_packets != 0) add("--start-packets " + std::to_string(f.start_packets));
     if (f.refuse_packet != 0) add("--refuse-packet " + std::to_string(f.refuse_packet));
     return args;
@@ -112,11 +109,9 @@ void Simulator::stop() {
     Impl& m = *impl_;
     if (m.control != INVALID_SOCKET) ::closesocket(m.control);  // ends the Linux simulator
     if (m.wsa) WSACleanup();
-    m.control = INVALID_SOCKET;
-    m.wsa = false;
-    m.ip.clear();
-    m.com.clear();
-    m.port = 0;
+    Options options = std::move(m.options);
+    m = Impl{};
+    m.options = std::move(options);
 }
 
 bool Simulator::running() const { return impl_->port != 0 || !impl_->com.empty(); }
