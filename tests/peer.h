@@ -79,13 +79,9 @@ inline Bytes response(int32_t status, const Bytes& payload = {}) {
 
 inline std::string hex_dump(const Bytes& b) {
     std::string out;
-    char cell[16];
+    char cell[8];
     for (size_t i = 0; i < b.size(); ++i) {
-        if (i % 16 == 0) {
-            std::snprintf(cell, sizeof cell, "\n  %04x:", static_cast<unsigned>(i));
-            out += cell;
-        }
-        std::snprintf(cell, sizeof cell, " %02x", b[i]);
+        std::snprintf(cell, sizeof cell, "%s%02x", i % 16 == 0 ? "\n  " : " ", b[i]);
         out += cell;
     }
     return out;

@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <string>
@@ -104,12 +105,7 @@ TEST(SerialLink, ExchangeOverPseudoTerminal) {
 TEST(SerialLink, OpenFailures) {
     Pty pty;
     ASSERT_GE(pty.master, 0);
-    struct Case {
-        std::wstring name;
-        uint32_t baud;
-        int32_t rc;
-        int os_error;
-    };
+    struct Case { std::wstring name; uint32_t baud; int32_t rc; int os_error; };
     const Case cases[] = {
         {L"/nonexistent/ttyKVN0", 9600, -5, ENOENT},  // cannot be opened
         {L"/dev/null", 9600, -5, ENOTTY},             // opens, but is no terminal: querying fails
@@ -192,12 +188,8 @@ TEST(SerialLink, WaitsAreBoundedOnlyWhenAsked) {
 TEST(TcpLink, ZeroLimitsAndDescriptorsAbove1024) {
     rlimit lim;
     ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &lim), 0);
-    if (lim.rlim_cur < 1600) {
-        lim.rlim_cur = lim.rlim_max < 1600 ? lim.rlim_max : 1600;
-        ::setrlimit(RLIMIT_NOFILE, &lim);
-        ::getrlimit(RLIMIT_NOFILE, &lim);
-    }
-    if (lim.rlim_cur < 1600) GTEST_SKIP() << "descriptor limit too low";
+    lim.rlim_cur = std::max<rlim_t>(lim.rlim_cur, std::min<rlim_t>(lim.rlim_max, 1600));
+    if (lim.rlim_cur < 1600 || ::setrlimit(RLIMIT_NOFILE, &lim) != 0) GTEST_SKIP() << "descriptor limit too low";
     kvntest::Limits limits(0, 0);
     LoopbackPeer peer([](sock_t s) {
         kvntest::read_request(s);

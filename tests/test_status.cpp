@@ -74,11 +74,7 @@ TEST(Utilities, IpTextAndInt) {
 TEST(Utilities, AlphanumericCheckAndItsDiagnostic) {
     kvn_ext_set_diagnostic_sink(capture, nullptr);
     g_lines.clear();
-    const struct {
-        const char* text;
-        int32_t count;
-        int32_t rc;
-    } cases[] = {
+    const struct { const char* text; int32_t count; int32_t rc; } cases[] = {
         {"Ab9", 3, 0}, {"A b", 3, -1009}, {"\xE9", 1, 0} /* negative as a signed byte */, {"ab\0c", 4, -1009},
         {"a/", 2, -1009}, {"z{", 2, -1009}, {"@", 1, -1009}, {"`", 1, -1009},
         {"a b", 1, 0} /* only count bytes are checked */, {" ", 0, 0},
