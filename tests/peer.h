@@ -43,11 +43,7 @@ inline Bytes el(uint8_t tag, const Bytes& v) {
     else b.push_back(uint8_t(n));
     return cat({b, v});
 }
-inline Bytes u32(uint8_t tag, uint32_t v) {
-    Bytes b;
-    put_le32(b, v);
-    return el(tag, b);
-}
+inline Bytes u32(uint8_t tag, uint32_t v) { return el(tag, {uint8_t(v), uint8_t(v >> 8), uint8_t(v >> 16), uint8_t(v >> 24)}); }
 inline Bytes u8(uint8_t tag, uint8_t v) { return el(tag, {v}); }
 inline Bytes text(uint8_t tag, const std::string& s) { return el(tag, Bytes(s.begin(), s.end())); }
 // A container with the five-byte length form, as encoders write it.
@@ -131,19 +127,11 @@ struct ShortWaits : Limits {
 
 // A TCP connection record for 127.0.0.1:port.
 inline kvn_device_conn tcp_conn(uint16_t port) {
-    kvn_device_conn c{};
-    c.ip_address = "127.0.0.1";
-    c.port = port;
-    c.link.conn_type = KVN_CONN_TCP;
-    return c;
+    return {.ip_address = "127.0.0.1", .port = port, .link = {.conn_type = KVN_CONN_TCP}};
 }
 // A serial connection record; `name` must outlive it.
 inline kvn_device_conn serial_conn(const std::wstring& name, uint32_t baud) {
-    kvn_device_conn c{};
-    c.serial_port = name.c_str();
-    c.baud_rate = baud;
-    c.link.conn_type = KVN_CONN_SERIAL;
-    return c;
+    return {.serial_port = name.c_str(), .baud_rate = baud, .link = {.conn_type = KVN_CONN_SERIAL}};
 }
 
 #ifndef _WIN32

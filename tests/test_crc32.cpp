@@ -20,6 +20,8 @@
 namespace {
 
 using CrcFn = uint32_t (*)(uint32_t, const void*, size_t) noexcept;
+struct Impl { const char* name; CrcFn fn; };
+void PrintTo(const Impl& impl, std::ostream* os) { *os << impl.name; }
 
 uint32_t reference_crc(uint32_t crc, const unsigned char* p, size_t n) {
 #if KVN_HAVE_ZLIB
@@ -36,9 +38,9 @@ std::vector<unsigned char> random_bytes(size_t n, unsigned stream) {
     return v;
 }
 
-class Crc32Test : public ::testing::TestWithParam<CrcFn> {
+class Crc32Test : public ::testing::TestWithParam<Impl> {
   protected:
-    uint32_t run(uint32_t crc, const void* p, size_t n) const { return GetParam()(crc, p, n); }
+    uint32_t run(uint32_t crc, const void* p, size_t n) const { return GetParam().fn(crc, p, n); }
 };
 
 // The check values of the common CRC-32, independent of the reference below.
@@ -73,7 +75,7 @@ TEST_P(Crc32Test, ContinuesAFinishedCrc) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Impl, Crc32Test,
-                         ::testing::Values(&kvn::crc32, &kvn::crc32_portable),
-                         [](const ::testing::TestParamInfo<CrcFn>& p) { return p.index == 0 ? "Dispatch" : "Portable"; });
+                         ::testing::Values(Impl{"Dispatch", &kvn::crc32}, Impl{"Portable", &kvn::crc32_portable}),
+                         [](const ::testing::TestParamInfo<Impl>& p) { return std::string(p.param.name); });
 
 }  // namespace
