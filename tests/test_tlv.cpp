@@ -78,27 +78,22 @@ TEST(TlvTag, ReadAsSignedByte) {
     EXPECT_EQ(kvn_set_tlv_tag(5, &w.cur, &w.rem), -1);
 }
 
+// The length form does not fit after the tag: 65535, the tag stays written. The value
+// does not fit: -1, tag and length stay written. Nothing remains: -1, nothing written.
 TEST(TlvCreate, ResultsAndWhatStaysWritten) {
     const Bytes value(300, 0xAB);
-    // The length form does not fit after the tag: 65535, tag stays written.
-    Cursor a(400, 3);
-    EXPECT_EQ(kvn_create_tlv(0x21, value.data(), 300, &a.cur, &a.rem), 65535);
-    EXPECT_EQ(a.written(), (Bytes{0x21}));
-    EXPECT_EQ(a.rem, 2u);
-    // The value does not fit: -1, tag and length stay written.
-    Cursor b(400, 10);
-    EXPECT_EQ(kvn_create_tlv(0x21, value.data(), 300, &b.cur, &b.rem), -1);
-    EXPECT_EQ(b.written(), (Bytes{0x21, 0x82, 0x01, 0x2C}));
-    // Nothing at all remains: -1 and nothing written.
-    Cursor c(400, 0);
-    EXPECT_EQ(kvn_create_tlv(0x21, value.data(), 1, &c.cur, &c.rem), -1);
-    EXPECT_EQ(c.used(), 0u);
-    // Fits.
-    Cursor d(400, 400);
-    EXPECT_EQ(kvn_create_tlv(9, value.data(), 2, &d.cur, &d.rem), 0);
-    EXPECT_EQ(d.written(), (Bytes{9, 2, 0xAB, 0xAB}));
-    EXPECT_EQ(kvn_skip_tlv_length(d.rem + 1, &d.cur, &d.rem), -1);
-    EXPECT_EQ(kvn_skip_tlv_length(d.rem, &d.cur, &d.rem), 0);
+    struct Case { uint32_t room, length; int32_t rc; Bytes written; };
+    const Case cases[] = {{3, 300, 65535, {0x21}}, {10, 300, -1, {0x21, 0x82, 0x01, 0x2C}}, {0, 1, -1, {}},
+                          {400, 2, 0, {0x21, 2, 0xAB, 0xAB}}};
+    for (const Case& k : cases) {
+        Cursor w(400, k.room);
+        EXPECT_EQ(kvn_create_tlv(0x21, value.data(), k.length, &w.cur, &w.rem), k.rc) << k.room;
+        EXPECT_EQ(w.written(), k.written) << k.room;
+        EXPECT_EQ(w.rem, k.room - k.written.size()) << k.room;
+    }
+    Cursor d(4, 4);
+    EXPECT_EQ(kvn_skip_tlv_length(5, &d.cur, &d.rem), -1);
+    EXPECT_EQ(kvn_skip_tlv_length(4, &d.cur, &d.rem), 0);
     EXPECT_EQ(d.rem, 0u);
 }
 

@@ -83,16 +83,12 @@ bool Simulator::start(std::string* error) {
     const std::string request = command_line(m.options) + "\n";
     if (::send(m.control, request.data(), static_cast<int>(request.size()), 0) != static_cast<int>(request.size()))
         return fail("send");
+    const DWORD limit_ms = 15000;  // for each byte of the answer line
+    ::setsockopt(m.control, SOL_SOCKET, SO_RCVTIMEO, reinterpret_cast<const char*>(&limit_ms), sizeof limit_ms);
     std::string line;
-    for (char c = 0; line.size() < 512; line.push_back(c)) {
-        fd_set set;
-        FD_ZERO(&set);
-        FD_SET(m.control, &set);
-        timeval limit{15, 0};
-        if (::select(0, &set, nullptr, nullptr, &limit) != 1 || ::recv(m.control, &c, 1, 0) != 1)
-            return fail("no answer from the launcher");
-        if (c == '\n') break;
-    }
+    char c = 0;
+    while (line.size() < 512 && ::recv(m.control, &c, 1, 0) == 1 && c != '\n') line.push_back(c);
+    if (c != '\n') return fail("no answer from the launcher");
     const size_t colon = line.rfind(':');
     if (line.rfind("ok COM", 0) == 0) {
         m.com = "\\\\.\\" + line.substr(3);

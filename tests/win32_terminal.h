@@ -34,11 +34,7 @@ struct TerminalConfig {
     uint16_t sim_port = 0;
 };
 
-inline std::wstring device_name(const char* com) {
-    std::wstring name = L"\\\\.\\";
-    for (const char* p = com; *p != '\0'; ++p) name.push_back(static_cast<wchar_t>(*p));
-    return name;
-}
+inline std::wstring device_name(const char* com) { return L"\\\\.\\" + std::wstring(com, com + std::strlen(com)); }
 
 // Empty when the test binary runs outside the fixture.
 inline TerminalConfig terminal_config() {
@@ -66,12 +62,6 @@ inline TerminalConfig terminal_config() {
     }
     std::fclose(f);
     return cfg;
-}
-
-// Wine exports wine_get_version from its ntdll; Windows does not.
-inline bool under_wine() {
-    const HMODULE ntdll = GetModuleHandleW(L"ntdll.dll");
-    return ntdll != nullptr && GetProcAddress(ntdll, "wine_get_version") != nullptr;
 }
 
 }  // namespace kvntest
