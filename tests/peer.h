@@ -172,11 +172,7 @@ void close_socket(sock_t s);
 using Call = std::function<int32_t(kvn_device_conn*)>;
 constexpr uint32_t kSet = 0x00010002, kGet = 0x00020002, kReset = 0x00030002;
 
-struct Seen {
-    uint32_t word = 0, command = 0;
-    Bytes payload;
-    int32_t rc = 99;
-};
+struct Seen { uint32_t word = 0, command = 0; Bytes payload; int32_t rc = 99; };
 
 inline Seen capture(const Call& call, const Bytes& answer = response(0)) {
     Seen seen;

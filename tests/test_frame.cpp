@@ -28,19 +28,13 @@ void with_peer(Script script, Client client) {
 // returned. `after` runs on the client once the response has been read.
 int32_t exchange(const Bytes& answer, uint8_t* buffer, uint32_t* length,
                  const std::function<void(kvn_device_conn&)>& after = nullptr) {
-    int32_t rc = 99;
-    with_peer(
-        [&](sock_t s) {
-            kvntest::read_request(s);
-            kvntest::write_bytes(s, answer);
-        },
-        [&](kvn_device_conn& c) {
-            const uint32_t word = KVN_REQUEST_WORD(KVN_REQ_GET);
-            ASSERT_EQ(kvn_send_command(&c, &word, 104, nullptr, 0), 0);
-            rc = kvn_receive_response(&c, buffer, length);
-            if (after) after(c);
-        });
-    return rc;
+    return kvntest::capture([&](kvn_device_conn* c) {
+        const uint32_t word = KVN_REQUEST_WORD(KVN_REQ_GET);
+        EXPECT_EQ(kvn_send_command(c, &word, 104, nullptr, 0), 0);
+        const int32_t rc = kvn_receive_response(c, buffer, length);
+        if (after) after(*c);
+        return rc;
+    }, answer).rc;
 }
 
 }  // namespace

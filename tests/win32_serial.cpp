@@ -42,10 +42,7 @@ bool timeouts_zero(kvn_handle_t h) {
                                       t.WriteTotalTimeoutMultiplier | t.WriteTotalTimeoutConstant) == 0;
 }
 
-struct Answer {
-    int32_t rc = 99;
-    Bytes payload;
-};
+struct Answer { int32_t rc = 99; Bytes payload; };
 
 Answer exchange(kvn_device_conn& c, uint32_t command, const Bytes& payload) {
     Answer a;
