@@ -119,9 +119,7 @@ struct Limits {
     }
 };
 // The same read and write limit, `ms`, for one scope.
-struct ShortWaits : Limits {
-    explicit ShortWaits(int32_t ms) : Limits(ms, ms) {}
-};
+struct ShortWaits : Limits { explicit ShortWaits(int32_t ms) : Limits(ms, ms) {} };
 
 // --- Loopback peer ---------------------------------------------------------------
 

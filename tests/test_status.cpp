@@ -87,10 +87,7 @@ TEST(Utilities, AlphanumericCheckAndItsDiagnostic) {
 }
 
 namespace {
-struct Tag {
-    std::atomic<bool> retired{false};
-    std::atomic<int> calls{0}, late{0}, mixed{0};
-};
+struct Tag { std::atomic<bool> retired{false}; std::atomic<int> calls{0}, late{0}, mixed{0}; };
 Tag g_a, g_b;
 template <Tag* T>
 void tagged_sink(void* ctx, const char*) {
