@@ -1,6 +1,5 @@
 #include "peer.h"
 
-
 #ifdef _WIN32
 #include <winsock2.h>
 #include <ws2tcpip.h>
@@ -27,13 +26,13 @@ bool pending(sock_t listener, int ms) {
 }
 }  // namespace
 
-void close_socket(sock_t s) {
 #ifdef _WIN32
-    closesocket(static_cast<SOCKET>(s));
+void close_socket(sock_t s) { closesocket(static_cast<SOCKET>(s)); }
+static void shut_down(sock_t s) { ::shutdown(static_cast<SOCKET>(s), SD_BOTH); }
 #else
-    ::close(s);
+void close_socket(sock_t s) { ::close(s); }
+static void shut_down(sock_t s) { ::shutdown(s, SHUT_RDWR); }
 #endif
-}
 
 LoopbackPeer::LoopbackPeer(std::function<void(sock_t)> script) : peer_(kNone) {
 #ifdef _WIN32
@@ -55,8 +54,7 @@ LoopbackPeer::LoopbackPeer(std::function<void(sock_t)> script) : peer_(kNone) {
     thread_ = std::thread([this, script = std::move(script)] {
         // A connection made before the destructor ran is still served.
         bool ready = false;
-        while (!(ready = pending(listener_, 20)) && !stop_) {
-        }
+        while (!(ready = pending(listener_, 20)) && !stop_) continue;
         if (ready) {
             const sock_t s = static_cast<sock_t>(::accept(listener_, nullptr, nullptr));
             peer_ = s;
@@ -71,11 +69,7 @@ LoopbackPeer::~LoopbackPeer() {
     stop_ = true;
     if (!wait_until([this] { return ended_.load(); })) {
         ADD_FAILURE() << "the peer's script did not end; its connection is shut down";
-#ifdef _WIN32
-        ::shutdown(static_cast<SOCKET>(peer_.load()), SD_BOTH);
-#else
-        ::shutdown(peer_.load(), SHUT_RDWR);
-#endif
+        shut_down(peer_.load());
     }
     thread_.join();
     close_socket(listener_);
@@ -87,11 +81,8 @@ LoopbackPeer::~LoopbackPeer() {
 Bytes read_bytes(sock_t s, size_t n) {
     Bytes b(n);
     size_t got = 0;
-    while (got < n) {
-        const auto r = ::recv(s, reinterpret_cast<char*>(b.data() + got), static_cast<int>(n - got), 0);
-        if (r <= 0) break;
+    for (int r; got < n && (r = static_cast<int>(::recv(s, reinterpret_cast<char*>(b.data() + got), static_cast<int>(n - got), 0))) > 0;)
         got += static_cast<size_t>(r);
-    }
     b.resize(got);
     return b;
 }
@@ -106,11 +97,8 @@ Bytes read_request(sock_t s) {
 
 void write_bytes(sock_t s, const Bytes& b) {
     size_t sent = 0;
-    while (sent < b.size()) {
-        const auto r = ::send(s, reinterpret_cast<const char*>(b.data() + sent), static_cast<int>(b.size() - sent), 0);
-        if (r <= 0) return;
+    for (int r; sent < b.size() && (r = static_cast<int>(::send(s, reinterpret_cast<const char*>(b.data() + sent), static_cast<int>(b.size() - sent), 0))) > 0;)
         sent += static_cast<size_t>(r);
-    }
 }
 
 }  // namespace kvntest

@@ -43,11 +43,7 @@ inline Bytes el(uint8_t tag, const Bytes& v) {
     else b.push_back(uint8_t(n));
     return cat({b, v});
 }
-inline Bytes u32(uint8_t tag, uint32_t v) {
-    Bytes b;
-    put_le32(b, v);
-    return el(tag, b);
-}
+inline Bytes u32(uint8_t tag, uint32_t v) { return el(tag, {uint8_t(v), uint8_t(v >> 8), uint8_t(v >> 16), uint8_t(v >> 24)}); }
 inline Bytes u8(uint8_t tag, uint8_t v) { return el(tag, {v}); }
 inline Bytes text(uint8_t tag, const std::string& s) { return el(tag, Bytes(s.begin(), s.end())); }
 // A container with the five-byte length form, as encoders write it.
@@ -79,13 +75,9 @@ inline Bytes response(int32_t status, const Bytes& payload = {}) {
 
 inline std::string hex_dump(const Bytes& b) {
     std::string out;
-    char cell[16];
+    char cell[8];
     for (size_t i = 0; i < b.size(); ++i) {
-        if (i % 16 == 0) {
-            std::snprintf(cell, sizeof cell, "\n  %04x:", static_cast<unsigned>(i));
-            out += cell;
-        }
-        std::snprintf(cell, sizeof cell, " %02x", b[i]);
+        std::snprintf(cell, sizeof cell, "%s%02x", i % 16 == 0 ? "\n  " : " ", b[i]);
         out += cell;
     }
     return out;
@@ -107,32 +99,37 @@ inline ::testing::AssertionResult same_bytes(const Bytes& got, const Bytes& want
 inline bool wait_until(const std::function<bool()>& done,
                        std::chrono::milliseconds limit = std::chrono::milliseconds(10000)) {
     const auto end = std::chrono::steady_clock::now() + limit;
-    while (!done()) {
+    for (; !done(); std::this_thread::sleep_for(std::chrono::milliseconds(2)))
         if (std::chrono::steady_clock::now() >= end) return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    }
     return true;
 }
 
-// Shortens the library's per-chunk waits for one scope and restores them afterwards.
-struct ShortWaits {
+// The library's read and write limits (and whether serial links obey them) for the
+// life of the object; the previous settings come back after it.
+struct Limits {
     int32_t r, w, c;
-    explicit ShortWaits(int32_t ms) {
+    Limits(int32_t read_ms, int32_t write_ms, bool serial = false) {
         kvn_ext_get_timeouts(&r, &w, &c);
-        kvn_ext_set_timeouts(ms, ms, -1);
+        kvn_ext_set_timeouts(read_ms, write_ms, -1);
+        kvn_ext_apply_timeouts_to_serial(serial ? 1 : 0);
     }
-    ~ShortWaits() { kvn_ext_set_timeouts(r, w, c); }
+    ~Limits() {
+        kvn_ext_set_timeouts(r, w, c);
+        kvn_ext_apply_timeouts_to_serial(0);
+    }
 };
+// The same read and write limit, `ms`, for one scope.
+struct ShortWaits : Limits { explicit ShortWaits(int32_t ms) : Limits(ms, ms) {} };
 
 // --- Loopback peer ---------------------------------------------------------------
 
 // A TCP connection record for 127.0.0.1:port.
 inline kvn_device_conn tcp_conn(uint16_t port) {
-    kvn_device_conn c{};
-    c.ip_address = "127.0.0.1";
-    c.port = port;
-    c.link.conn_type = KVN_CONN_TCP;
-    return c;
+    return {.ip_address = "127.0.0.1", .port = port, .link = {.conn_type = KVN_CONN_TCP}};
+}
+// A serial connection record; `name` must outlive it.
+inline kvn_device_conn serial_conn(const std::wstring& name, uint32_t baud) {
+    return {.serial_port = name.c_str(), .baud_rate = baud, .link = {.conn_type = KVN_CONN_SERIAL}};
 }
 
 #ifndef _WIN32
@@ -173,11 +170,7 @@ void close_socket(sock_t s);
 using Call = std::function<int32_t(kvn_device_conn*)>;
 constexpr uint32_t kSet = 0x00010002, kGet = 0x00020002, kReset = 0x00030002;
 
-struct Seen {
-    uint32_t word = 0, command = 0;
-    Bytes payload;
-    int32_t rc = 99;
-};
+struct Seen { uint32_t word = 0, command = 0; Bytes payload; int32_t rc = 99; };
 
 inline Seen capture(const Call& call, const Bytes& answer = response(0)) {
     Seen seen;
@@ -203,21 +196,5 @@ inline Bytes whole(const std::string& s, size_t size) {
     b.resize(size, 0);
     return b;
 }
-
-// The library's read and write limits (and whether serial links obey them) for the
-// life of the object; the previous settings come back after it.
-struct Limits {
-    int32_t r, w, c;
-    Limits(int32_t read_ms, int32_t write_ms, bool serial = false) {
-        kvn_ext_get_timeouts(&r, &w, &c);
-        kvn_ext_set_timeouts(read_ms, write_ms, -1);
-        kvn_ext_apply_timeouts_to_serial(serial ? 1 : 0);
-    }
-    ~Limits() {
-        kvn_ext_set_timeouts(r, w, c);
-        kvn_ext_apply_timeouts_to_serial(0);
-    }
-};
-
 
 }  // namespace kvntest

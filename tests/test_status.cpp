@@ -22,32 +22,17 @@ void capture(void*, const char* line) { g_lines.emplace_back(line); }
 
 TEST(Status, Messages) {
     const std::pair<int32_t, const char*> cases[] = {
-        {0, "Success"},
-        {-1, "TLV buffer overflow"},
-        {-2, "Read timeout"},
-        {-12, "Invalid SYNC word"},
-        {-14, "User Record Store"},
-        {-15, "Invalid IP address"},
-        {-1001, "Invalid tag received"},
+        {0, "Success"}, {-1, "TLV buffer overflow"}, {-2, "Read timeout"}, {-12, "Invalid SYNC word"},
+        {-14, "User Record Store"}, {-15, "Invalid IP address"}, {-1001, "Invalid tag received"},
         {-1026, "Can not set RS232/RS485/Secure Relay Box 1,802,Violation of the Anti-passback Rule"},
-        {-1028, "Entred Duplicate Value"},
-        {-2012, "UserID already exists"},
-        {-4035, "connect USB ."},
-        {-5008, "Group(s) doesn't exist on device"},
-        {-6002, "Failed to delete UserRecord"},
-        {-8001, "Invalid IPAddress"},
-        {-10004, "FailToWriteSmartCard"},
-        {-11001, "Failed to Retrive VPNSettings"},
+        {-1028, "Entred Duplicate Value"}, {-2012, "UserID already exists"}, {-4035, "connect USB ."},
+        {-5008, "Group(s) doesn't exist on device"}, {-6002, "Failed to delete UserRecord"},
+        {-8001, "Invalid IPAddress"}, {-10004, "FailToWriteSmartCard"}, {-11001, "Failed to Retrive VPNSettings"},
         {-11007, "Incorrect format. Only certificate files with (.pfx, .p12, .crt) file types can be uploaded."},
         {-11008, "Invalid VPN Certificate or Password"},
         // Codes without a message of their own.
-        {-1007, "Error : -1007"},
-        {-1013, "Error : -1013"},
-        {-10011, "Error : -10011"},
-        {5, "Error : 5"},
-        {-16, "Error : -16"},
-        {-11009, "Error : -11009"},
-        {INT32_MIN, "Error : -2147483648"},
+        {-1007, "Error : -1007"}, {-1013, "Error : -1013"}, {-10011, "Error : -10011"}, {5, "Error : 5"},
+        {-16, "Error : -16"}, {-11009, "Error : -11009"}, {INT32_MIN, "Error : -2147483648"},
     };
     for (const auto& [code, text] : cases) EXPECT_EQ(message(code), text) << code;
     // Callers size their buffers for the longest message and its NUL.
@@ -56,7 +41,7 @@ TEST(Status, Messages) {
 
 TEST(Utilities, Version) { EXPECT_STREQ(kvn_get_sdk2_version(), "1.4.0.0"); }
 
-TEST(Utilities, IpTextToInt) {
+TEST(Utilities, IpTextAndInt) {
     const std::pair<const char*, uint32_t> good[] = {
         {"192.168.1.10", 0xC0A8010Au}, {"255.255.255.255", 0xFFFFFFFFu}, {"0.0.0.0", 0u},
         {"010.0.0.1", 0x0A000001u},  // leading zeros are decimal
@@ -78,9 +63,7 @@ TEST(Utilities, IpTextToInt) {
     uint32_t v;
     EXPECT_EQ(kvn_convert_ip_string_to_int(nullptr, &v), -15);
     EXPECT_EQ(kvn_convert_ip_string_to_int("1.2.3.4", nullptr), -15);
-}
-
-TEST(Utilities, IpIntToText) {
+    // Back to text: the length written, without its NUL.
     char text[16];
     EXPECT_EQ(kvn_convert_ip_int_to_string(0x0A000001u, text), 8);
     EXPECT_STREQ(text, "10.0.0.1");
@@ -91,56 +74,48 @@ TEST(Utilities, IpIntToText) {
 TEST(Utilities, AlphanumericCheckAndItsDiagnostic) {
     kvn_ext_set_diagnostic_sink(capture, nullptr);
     g_lines.clear();
-    EXPECT_EQ(kvn_utils_validate_alphanumeric_string("Ab9", 3), 0);
-    EXPECT_EQ(kvn_utils_validate_alphanumeric_string("A b", 3), -1009);
-    EXPECT_EQ(kvn_utils_validate_alphanumeric_string("\xE9", 1), 0);  // negative as a signed byte
-    EXPECT_EQ(kvn_utils_validate_alphanumeric_string("ab\0c", 4), -1009);
-    EXPECT_EQ(kvn_utils_validate_alphanumeric_string("a/", 2), -1009);
-    EXPECT_EQ(kvn_utils_validate_alphanumeric_string("z{", 2), -1009);
-    EXPECT_EQ(kvn_utils_validate_alphanumeric_string("@", 1), -1009);
-    EXPECT_EQ(kvn_utils_validate_alphanumeric_string("`", 1), -1009);
-    EXPECT_EQ(kvn_utils_validate_alphanumeric_string("a b", 1), 0) << "only count bytes are checked";
-    EXPECT_EQ(kvn_utils_validate_alphanumeric_string(" ", 0), 0);
+    const struct { const char* text; int32_t count; int32_t rc; } cases[] = {
+        {"Ab9", 3, 0}, {"A b", 3, -1009}, {"\xE9", 1, 0} /* negative as a signed byte */, {"ab\0c", 4, -1009},
+        {"a/", 2, -1009}, {"z{", 2, -1009}, {"@", 1, -1009}, {"`", 1, -1009},
+        {"a b", 1, 0} /* only count bytes are checked */, {" ", 0, 0},
+    };
+    for (const auto& k : cases) EXPECT_EQ(kvn_utils_validate_alphanumeric_string(k.text, k.count), k.rc) << k.text;
     kvn_ext_set_diagnostic_sink(nullptr, nullptr);
     ASSERT_EQ(g_lines.size(), 6u);
     EXPECT_EQ(g_lines[0], "char  \n");
     EXPECT_EQ(g_lines[3], "char {\n");
 }
 
+namespace {
+struct Tag { std::atomic<bool> retired{false}; std::atomic<int> calls{0}, late{0}, mixed{0}; };
+Tag g_a, g_b;
+template <Tag* T>
+void tagged_sink(void* ctx, const char*) {
+    ++T->calls;
+    if (ctx != T) ++T->mixed;
+    if (T->retired) ++T->late;
+}
+}  // namespace
+
 // A sink and its context are one pair: a line never reaches a sink with another's
 // context, and a sink that has been replaced is not called again.
 TEST(Utilities, DiagnosticSinkChangesWithoutARace) {
-    struct Tag {
-        std::atomic<bool> retired{false};
-        std::atomic<int> calls{0}, late{0}, mixed{0};
-    };
-    static Tag a, b;
-    static const kvn_ext_diagnostic_fn sink_a = [](void* ctx, const char*) {
-        ++a.calls;
-        if (ctx != &a) ++a.mixed;
-        if (a.retired) ++a.late;
-    };
-    static const kvn_ext_diagnostic_fn sink_b = [](void* ctx, const char*) {
-        ++b.calls;
-        if (ctx != &b) ++b.mixed;
-        if (b.retired) ++b.late;
-    };
     std::atomic<bool> stop{false};
     std::thread printer([&] {
         while (!stop) kvn_utils_validate_alphanumeric_string(" ", 1);
     });
-    for (int i = 0; i < 2000 || a.calls + b.calls < 20000; ++i) {
-        Tag& next = i % 2 == 0 ? a : b;
-        Tag& prev = i % 2 == 0 ? b : a;
+    for (int i = 0; i < 2000 || g_a.calls + g_b.calls < 20000; ++i) {
+        Tag& next = i % 2 == 0 ? g_a : g_b;
+        Tag& prev = i % 2 == 0 ? g_b : g_a;
         next.retired = false;
-        kvn_ext_set_diagnostic_sink(&next == &a ? sink_a : sink_b, &next);
+        kvn_ext_set_diagnostic_sink(&next == &g_a ? tagged_sink<&g_a> : tagged_sink<&g_b>, &next);
         prev.retired = true;
     }
     stop = true;
     printer.join();
     kvn_ext_set_diagnostic_sink(nullptr, nullptr);
-    EXPECT_EQ(a.mixed + b.mixed, 0);
-    EXPECT_EQ(a.late + b.late, 0);
+    EXPECT_EQ(g_a.mixed + g_b.mixed, 0);
+    EXPECT_EQ(g_a.late + g_b.late, 0);
 }
 
 extern "C" size_t kvn_check_layout_c(size_t* out, size_t capacity);

@@ -43,12 +43,9 @@ std::string command_line(const Options& o) {
     if (f.bad_sync) add("--bad-sync");
     if (f.bad_crc) add("--bad-crc");
     if (f.byte_by_byte) add("--byte-by-byte");
-    if (!o.card.empty()) {
-        static const char* const hex = "0123456789ABCDEF";
-        std::string h;
-        for (uint8_t b : o.card) h += std::string{hex[b >> 4], hex[b & 15]};
-        add("--card " + h);
-    }
+    std::string card;
+    for (uint8_t b : o.card) card += {"0123456789ABCDEF"[b >> 4], "0123456789ABCDEF"[b & 15]};
+    if (!card.empty()) add("--card " + card);
     if (f.start_packets != 0) add("--start-packets " + std::to_string(f.start_packets));
     if (f.refuse_packet != 0) add("--refuse-packet " + std::to_string(f.refuse_packet));
     return args;
@@ -86,16 +83,12 @@ bool Simulator::start(std::string* error) {
     const std::string request = command_line(m.options) + "\n";
     if (::send(m.control, request.data(), static_cast<int>(request.size()), 0) != static_cast<int>(request.size()))
         return fail("send");
+    const DWORD limit_ms = 15000;  // for each byte of the answer line
+    ::setsockopt(m.control, SOL_SOCKET, SO_RCVTIMEO, reinterpret_cast<const char*>(&limit_ms), sizeof limit_ms);
     std::string line;
-    for (char c = 0; line.size() < 512; line.push_back(c)) {
-        fd_set set;
-        FD_ZERO(&set);
-        FD_SET(m.control, &set);
-        timeval limit{15, 0};
-        if (::select(0, &set, nullptr, nullptr, &limit) != 1 || ::recv(m.control, &c, 1, 0) != 1)
-            return fail("no answer from the launcher");
-        if (c == '\n') break;
-    }
+    char c = 0;
+    while (line.size() < 512 && ::recv(m.control, &c, 1, 0) == 1 && c != '\n') line.push_back(c);
+    if (c != '\n') return fail("no answer from the launcher");
     const size_t colon = line.rfind(':');
     if (line.rfind("ok COM", 0) == 0) {
         m.com = "\\\\.\\" + line.substr(3);
@@ -112,11 +105,9 @@ void Simulator::stop() {
     Impl& m = *impl_;
     if (m.control != INVALID_SOCKET) ::closesocket(m.control);  // ends the Linux simulator
     if (m.wsa) WSACleanup();
-    m.control = INVALID_SOCKET;
-    m.wsa = false;
-    m.ip.clear();
-    m.com.clear();
-    m.port = 0;
+    Options options = std::move(m.options);
+    m = Impl{};
+    m.options = std::move(options);
 }
 
 bool Simulator::running() const { return impl_->port != 0 || !impl_->com.empty(); }

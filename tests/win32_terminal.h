@@ -34,50 +34,34 @@ struct TerminalConfig {
     uint16_t sim_port = 0;
 };
 
-inline std::wstring device_name(const char* com) {
-    std::wstring name = L"\\\\.\\";
-    for (const char* p = com; *p != '\0'; ++p) name.push_back(static_cast<wchar_t>(*p));
-    return name;
-}
+inline std::wstring device_name(const char* com) { return L"\\\\.\\" + std::wstring(com, com + std::strlen(com)); }
 
 // Empty when the test binary runs outside the fixture.
 inline TerminalConfig terminal_config() {
     TerminalConfig cfg;
     const char* path = std::getenv("KVN_TEST_TERMINAL");
-    if (path == nullptr) return cfg;
-    FILE* f = std::fopen(path, "r");
+    FILE* f = path != nullptr ? std::fopen(path, "r") : nullptr;
     if (f == nullptr) return cfg;
+    // An address and a port, taken only when the port is one.
+    auto address = [](const char* ip, const char* port, std::string& ip_out, uint16_t& port_out) {
+        const long p = std::strtol(port, nullptr, 10);
+        if (p > 0 && p < 65536) {
+            ip_out = ip;
+            port_out = static_cast<uint16_t>(p);
+        }
+    };
     char line[256];
     while (std::fgets(line, sizeof line, f) != nullptr) {
         char kind[32] = {}, a[64] = {}, b[64] = {};
         const int n = std::sscanf(line, "%31s %63s %63s", kind, a, b);
-        if (n >= 3 && std::strcmp(kind, "tcp") == 0) {
-            const long port = std::strtol(b, nullptr, 10);
-            if (port > 0 && port < 65536) {
-                cfg.tcp_ip = a;
-                cfg.tcp_port = static_cast<uint16_t>(port);
-            }
-        } else if (n >= 2 && std::strcmp(kind, "serial") == 0) {
-            cfg.serial.push_back(device_name(a));
-            if (n >= 3) cfg.serial.push_back(device_name(b));
-        } else if (n >= 2 && std::strcmp(kind, "not-a-port") == 0) {
-            cfg.not_a_port = device_name(a);
-        } else if (n >= 3 && std::strcmp(kind, "sim-launcher") == 0) {
-            const long port = std::strtol(b, nullptr, 10);
-            if (port > 0 && port < 65536) {
-                cfg.sim_ip = a;
-                cfg.sim_port = static_cast<uint16_t>(port);
-            }
-        }
+        if (n >= 3 && std::strcmp(kind, "tcp") == 0) address(a, b, cfg.tcp_ip, cfg.tcp_port);
+        if (n >= 3 && std::strcmp(kind, "sim-launcher") == 0) address(a, b, cfg.sim_ip, cfg.sim_port);
+        if (n >= 2 && std::strcmp(kind, "serial") == 0) cfg.serial.push_back(device_name(a));
+        if (n >= 3 && std::strcmp(kind, "serial") == 0) cfg.serial.push_back(device_name(b));
+        if (n >= 2 && std::strcmp(kind, "not-a-port") == 0) cfg.not_a_port = device_name(a);
     }
     std::fclose(f);
     return cfg;
-}
-
-// Wine exports wine_get_version from its ntdll; Windows does not.
-inline bool under_wine() {
-    const HMODULE ntdll = GetModuleHandleW(L"ntdll.dll");
-    return ntdll != nullptr && GetProcAddress(ntdll, "wine_get_version") != nullptr;
 }
 
 }  // namespace kvntest
