@@ -48,54 +48,35 @@ TEST(Commands, EveryExportSendsTheTablesRequestTypeAndCommandId) {
     std::mutex mu;
     std::vector<Request> seen;
     kvntest::LoopbackPeer peer([&](kvntest::sock_t s) {
-        for (;;) {
-            const kvntest::Bytes r = kvntest::read_request(s);
-            if (r.size() < 28) return;
-            {
-                std::lock_guard<std::mutex> lock(mu);
-                seen.push_back({kvntest::get_le32(&r[8]), kvntest::get_le32(&r[16]), r.size() == 28});
-            }
+        for (kvntest::Bytes r; (r = kvntest::read_request(s)).size() >= 28;) {
+            const std::scoped_lock lock(mu);
+            seen.push_back({kvntest::get_le32(&r[8]), kvntest::get_le32(&r[16]), r.size() == 28});
             kvntest::write_bytes(s, kvntest::response(0));
         }
     });
+    auto count = [&] { const std::scoped_lock lock(mu); return seen.size(); };
     kvntest::Args args;
     kvn_device_conn c = peer.conn();
     ASSERT_EQ(kvn_open_device_conn(&c), 0);
     args.conn = &c;
-    size_t tested = 0;
     for (const auto& e : kvntest::export_calls()) {
         const auto row = rows.find(e.name);
-        if (row == rows.end()) {
-            ADD_FAILURE() << e.name << " is not in the command table";
-            continue;
-        }
-        size_t before;
-        {
-            std::lock_guard<std::mutex> lock(mu);
-            before = seen.size();
-        }
+        const size_t before = count();
         args.clear();
         if (const kvntest::Setup setup = kvntest::setup_for(e.name)) setup(args);
         e.call(args);
         // A call that reads no answer returns before its request has been read.
-        Request first;
-        for (int i = 0; i < 200; ++i) {
-            {
-                std::lock_guard<std::mutex> lock(mu);
-                if (seen.size() > before) {
-                    first = seen[before];
-                    break;
-                }
-            }
-            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        const bool sent = kvntest::wait_until([&] { return count() > before; }, std::chrono::milliseconds(1000));
+        if (row == rows.end() || !sent) {
+            ADD_FAILURE() << e.name << (sent ? " is not in the command table" : " sent nothing");
+            continue;
         }
+        const Request first = [&] { const std::scoped_lock lock(mu); return seen[before]; }();
         Request want = row->second;
         want.empty = want.empty || first.empty;  // only a "-" row insists on an empty request
         EXPECT_TRUE(first == want) << e.name << ": word " << std::hex << first.word << " command " << std::dec
                                    << first.command << (first.empty ? " without" : " with") << " a payload";
-        ++tested;
     }
     kvn_close_device_conn(&c);
-    EXPECT_EQ(tested, kvntest::export_calls().size());
-    EXPECT_GE(tested, 54u);  // the command exports there were when this test was written
+    EXPECT_GE(kvntest::export_calls().size(), 240u);  // every command export
 }

@@ -299,15 +299,3 @@ TEST(Writer, ValuesByReferenceAndShortestContainers) {
 
 // Buffers the library's 32 KiB frame guard would refuse come from the heap.
 static_assert(sizeof(kvn::Buffer<51200>) == sizeof(void*) && sizeof(kvn::Buffer<20480>) == 20480);
-
-TEST(Shapes, RawPayloadSentAsItIsBeyondTheAnswerBuffer) {
-    Bytes raw(3000);
-    for (size_t k = 0; k < raw.size(); ++k) raw[k] = static_cast<uint8_t>(k * 13);
-    const Request rq{905, KVN_REQ_SET};
-    const auto s = kvntest::capture([&](kvn_device_conn* c) { return cmd::send_raw<64>(c, rq, raw.data(), 3000); });
-    EXPECT_EQ(s.rc, 0);
-    EXPECT_EQ(s.payload, raw);
-    const auto none = kvntest::capture([&](kvn_device_conn* c) { return cmd::send_raw<64>(c, rq, nullptr, 1); });
-    EXPECT_EQ(none.rc, -1);
-    EXPECT_EQ(none.word, 0u);
-}
