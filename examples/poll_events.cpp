@@ -30,6 +30,7 @@ void print_event(const kvn_transaction_log& e) {
     // Texts that fill their array carry no NUL: print at most the array.
     std::printf("  #%u  %s UTC  event %u  user %.*s  %.*s\n", unsigned(e.log_id), when, unsigned(e.attr_t09),
                 int(sizeof e.text_t12), e.text_t12, int(sizeof e.text_t13), e.text_t13);
+    std::fflush(stdout);  // as it happens, also into a pipe or a file
 }
 
 }  // namespace
@@ -51,6 +52,7 @@ int main(int argc, char** argv) {
     if (rc == 0) rc = read_newest(conn, *page, 1);
     if (rc == 0 && (page->log_count & 0xFF) == 1) last_id = page->entries[0].log_id;
     if (rc == 0) std::printf("%u entries, the newest #%u; watching for new ones\n", unsigned(count), unsigned(last_id));
+    std::fflush(stdout);
 
     while (rc == 0 && std::chrono::steady_clock::now() < stop) {
         std::this_thread::sleep_for(std::chrono::seconds(1));

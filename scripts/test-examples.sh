@@ -73,7 +73,7 @@ check 0 "$ex/log_sync" "$a" journal.tsv
 check 1 "$ex/log_sync" 127.0.0.1:1 journal.tsv
 
 # New events while polling: an enrolment once the poller has read where it starts.
-stdbuf -oL "$ex/poll_events" "$a" 3 >poll_events.txt 2>&1 & poll=$!; pids+=($poll)
+"$ex/poll_events" "$a" 3 >poll_events.txt 2>&1 & poll=$!; pids+=($poll)
 wait_for poll_events.txt watching
 check 0 "$ex/enroll_user" "$a" carol 3
 finish poll_events $poll 0
