@@ -18,6 +18,7 @@ cleanup() {
   rm -rf "$work"
 }
 trap cleanup EXIT
+trap 'exit 130' INT TERM   # so that an interrupted run cleans up too
 cd "$work"
 
 fail() { echo "test-examples: $*" >&2; exit 1; }
