@@ -8,6 +8,11 @@
 #ifndef KVN_EXAMPLE_H
 #define KVN_EXAMPLE_H
 
+/* Include this first: it asks for the POSIX declarations (nanosleep) it uses. */
+#if !defined(_WIN32) && !defined(_POSIX_C_SOURCE)
+#define _POSIX_C_SOURCE 200809L
+#endif
+
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>

@@ -6,9 +6,9 @@
  * A cancelled or failed transfer is never installed: the install request goes out
  * only after every packet has arrived.
  */
-#include <signal.h>
-
 #include "example.h"
+
+#include <signal.h>
 
 #define FIRMWARE_FILE 1 /* file type of a firmware package */
 #define CANCELLED 1     /* the progress callback's "stop"; statuses are 0 or negative */
