@@ -3,7 +3,7 @@
 //   kvn-sim [--listen ADDRESS:PORT] [--state DIR] [--serial] [--prefill-logs N]
 //           [--latency-ms N] [--no-answer] [--close-after N] [--bad-sync]
 //           [--bad-crc] [--byte-by-byte] [--start-packets N] [--refuse-packet N]
-//           [--card HEX] [--quiet]
+//           [--card HEX]
 //
 // Prints the address it listens on (or the pseudo-terminal path) and serves
 // until SIGINT or SIGTERM.
