@@ -47,9 +47,13 @@ template <class T, class Fn> auto setter(const char* name, Fn fn) {
     };
 }
 
-template <class Fn> auto resetter(Fn fn) {
-    return [fn](kvn_device_conn* c, uint32_t index) {
-        if constexpr (std::is_invocable_v<Fn, kvn_device_conn*, uint32_t>) return fn(c, index);
+constexpr uint32_t kNoIndex = 0xFFFFFFFFu;
+
+// Schedule tables reset one schedule by index, or the whole table by a reset without one.
+template <class Fn> auto resetter(Fn fn, uint32_t command = 0) {
+    return [fn, command](kvn_device_conn* c, uint32_t index) {
+        if constexpr (std::is_invocable_v<Fn, kvn_device_conn*, uint32_t>)
+            return index == kNoIndex ? kvn_send_reset_command(c, command) : fn(c, index);
         else return fn(c);
     };
 }
@@ -134,10 +138,12 @@ const std::vector<Group>& groups() {
             kvn_set_biometric_schedule_setting, kvn_reset_biometric_schedule_setting),
         GSR("door-open-schedule", kvn_week_schedule, kvn_get_door_open_schedule_setting,
             kvn_set_door_open_schedule_setting, kvn_reset_door_open_schedule_setting),
-        GSR("holiday-schedules", kvn_holiday_schedule_table, kvn_get_all_holiday_schedule_setting,
-            kvn_set_all_holiday_schedule_setting, kvn_reset_holiday_schedule_setting),
-        GSR("access-schedules", kvn_access_schedule_table, kvn_get_all_access_schedule_setting,
-            kvn_set_all_access_schedule_setting, kvn_reset_access_schedule_setting),
+        {"holiday-schedules", getter<kvn_holiday_schedule_table>(kvn_get_all_holiday_schedule_setting),
+         setter<kvn_holiday_schedule_table>("holiday-schedules", kvn_set_all_holiday_schedule_setting),
+         resetter(kvn_reset_holiday_schedule_setting, 106)},
+        {"access-schedules", getter<kvn_access_schedule_table>(kvn_get_all_access_schedule_setting),
+         setter<kvn_access_schedule_table>("access-schedules", kvn_set_all_access_schedule_setting),
+         resetter(kvn_reset_access_schedule_setting, 105)},
         G("access-schedule-names", kvn_access_schedule_name_list, kvn_get_access_schedule_list),
         GSR("card-preference", uint16_t, kvn_get_card_preference_settings, kvn_set_card_preference_settings,
             kvn_reset_card_preference_settings),

@@ -74,6 +74,8 @@ struct Options {
     std::string state;
     uint32_t prefill = 0;
     bool json = false;
+    std::string finger;  // built-in simulator: USER:FINGER on the sensor
+    std::string card;    // built-in simulator: card serial (hex) at the reader
 };
 Options opt;
 
@@ -96,6 +98,17 @@ void end_bar() {
 void emit(const json& j, const std::string& text = {}) {
     if (opt.json || text.empty()) std::cout << j.dump(opt.json ? -1 : 2) << "\n";
     else std::cout << text << "\n";
+}
+
+std::vector<uint8_t> parse_hex(const std::string& hex, const std::string& what) {
+    std::vector<uint8_t> out;
+    if (hex.size() % 2) throw Failure(kBadInput, what + ": odd number of hex digits");
+    for (size_t i = 0; i < hex.size(); i += 2) {
+        const int hi = hex_digit(hex[i]), lo = hex_digit(hex[i + 1]);
+        if (hi < 0 || lo < 0) throw Failure(kBadInput, what + ": not hex");
+        out.push_back(static_cast<uint8_t>(hi << 4 | lo));
+    }
+    return out;
 }
 
 // One open connection to the chosen terminal; the built-in simulator lives as long as it.
@@ -145,6 +158,13 @@ struct Session {
         sim = std::make_unique<kvnsim::Simulator>(so);
         std::string err;
         if (!sim->start(&err)) throw Failure(kLink, "built-in simulator: " + err);
+        if (!opt.finger.empty()) {
+            const auto colon = opt.finger.rfind(':');
+            if (colon == std::string::npos) throw Failure(kUsage, "--finger: USER:FINGER expected");
+            sim->present_finger(opt.finger.substr(0, colon),
+                                static_cast<uint8_t>(std::strtoul(opt.finger.c_str() + colon + 1, nullptr, 10)));
+        }
+        if (!opt.card.empty()) sim->present_card(parse_hex(opt.card, "--card"));
         ip = "127.0.0.1";
         conn.ip_address = ip.c_str();
         conn.port = sim->port();
@@ -263,17 +283,6 @@ json log_page(Session& s, bool unread, uint32_t limit) {
     return a;
 }
 
-std::vector<uint8_t> parse_hex(const std::string& hex, const std::string& what) {
-    std::vector<uint8_t> out;
-    if (hex.size() % 2) throw Failure(kBadInput, what + ": odd number of hex digits");
-    for (size_t i = 0; i < hex.size(); i += 2) {
-        const int hi = hex_digit(hex[i]), lo = hex_digit(hex[i + 1]);
-        if (hi < 0 || lo < 0) throw Failure(kBadInput, what + ": not hex");
-        out.push_back(static_cast<uint8_t>(hi << 4 | lo));
-    }
-    return out;
-}
-
 // `logs sync`: one thread and one connection per terminal, all into the same database.
 int run_sync(const std::string& db) {
     std::vector<std::string> hosts = opt.hosts;
@@ -358,6 +367,8 @@ int main(int argc, char** argv) {
     app.add_option("--state", opt.state, "the built-in simulator's state directory (default: in memory)");
     app.add_option("--prefill-logs", opt.prefill, "a new built-in simulator journal starts with N entries");
     app.add_flag("--json", opt.json, "machine-readable output");
+    app.add_option("--finger", opt.finger, "built-in simulator: USER:FINGER on the sensor");
+    app.add_option("--card", opt.card, "built-in simulator: card serial number (hex) at the reader");
 
     std::function<int()> action;
     auto on = [&](CLI::App* sub, std::function<int()> fn) { sub->callback([&action, fn] { action = fn; }); };
