@@ -9,6 +9,8 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <fstream>
+#include <iterator>
 #include <random>
 #include <thread>
 
@@ -102,6 +104,45 @@ TEST(KvnctlJson, RefusesWhatDoesNotFitTheRecord) {
             EXPECT_STREQ(e.what(), message ? message : "");
         }
     }
+}
+
+// The program's answer to bad input: the exit code and the message naming what was wrong.
+TEST(KvnctlProgram, BadInputGetsItsExitCodeAndMessage) {
+    struct Case {
+        const char* args;
+        const char* input;
+        int code;
+        const char* message;
+    } cases[] = {
+        {"get nothing", "", 2, "unknown group \"nothing\""},
+        {"set dac", "{\"dac_value_1\": 300}", 3, "dac.dac_value_1: 300 is out of range"},
+        {"set dac", "not json", 3, "stdin: "},
+        {"set device-info", "{}", 2, "device-info is read only"},
+        {"set dac /nonexistent.json", "", 3, "/nonexistent.json: cannot be read"},
+        {"--host 127.0.0.1:1 info", "", 4, "Connection failed (-5)"},
+        {"users get nobody", "", 5, "user nobody: "},
+        {"logs sync --db /nonexistent/logs.db", "", 6, "unable to open database file"},
+    };
+    char dir[] = "/tmp/kvnctl-bad-XXXXXX";
+    ASSERT_NE(mkdtemp(dir), nullptr);
+    const std::string in = std::string(dir) + "/in", err = std::string(dir) + "/err";
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.args);
+        FILE* f = fopen(in.c_str(), "w");
+        ASSERT_NE(f, nullptr);
+        fputs(c.input, f);
+        fclose(f);
+        const std::string cmd = std::string(KVNCTL_PROGRAM) + " " + c.args + " < " + in + " > /dev/null 2> " + err;
+        const int status = std::system(cmd.c_str());
+        ASSERT_TRUE(WIFEXITED(status));
+        EXPECT_EQ(WEXITSTATUS(status), c.code);
+        std::ifstream e(err);
+        const std::string text((std::istreambuf_iterator<char>(e)), {});
+        EXPECT_NE(text.find(c.message), std::string::npos) << text;
+    }
+    unlink(in.c_str());
+    unlink(err.c_str());
+    rmdir(dir);
 }
 
 int64_t query_int(sqlite3* db, const char* sql) {

@@ -142,7 +142,7 @@ struct Session {
     }
 
     void open_default() {
-        if (!opt.serial.empty()) {
+        if (!opt.serial.empty() && !opt.sim) {
             name = opt.serial;
             wpath.assign(opt.serial.begin(), opt.serial.end());
             conn.serial_port = wpath.c_str();
@@ -151,7 +151,7 @@ struct Session {
             finish_open();
             return;
         }
-        if (!opt.hosts.empty()) return open_host(opt.hosts.front());
+        if (!opt.hosts.empty() && !opt.sim) return open_host(opt.hosts.front());
         kvnsim::Options so;
         so.state_dir = opt.state;
         so.prefill_logs = opt.prefill;
@@ -290,7 +290,7 @@ int run_sync(const std::string& db) {
         std::istringstream in(read_input(opt.hosts_file));
         for (std::string h; in >> h;) hosts.push_back(h);
     }
-    if (hosts.empty()) hosts.push_back("");  // the serial line or the built-in simulator
+    if (hosts.empty() || opt.sim) hosts.assign(1, "");  // the serial line or the built-in simulator
     std::vector<SyncResult> results(hosts.size());
     std::vector<std::string> names(hosts.size());
     std::vector<std::string> open_errors(hosts.size());
@@ -332,7 +332,8 @@ int run_sync(const std::string& db) {
         else if (r.status) c = exit_for(r.status), err = r.error + ": " + status_text(r.status);
         if (c) {
             j["error"] = err;
-            std::cerr << "kvnctl: " << j["terminal"].get<std::string>() << ": " << err << "\n";
+            if (open_errors[i].empty()) err = j["terminal"].get<std::string>() + ": " + err;
+            std::cerr << "kvnctl: " << err << "\n";
             if (!code) code = c;
         }
         out.push_back(j);
@@ -915,6 +916,7 @@ int main(int argc, char** argv) {
         return action ? action() : kUsage;
     } catch (const Failure& f) {
         std::cerr << "kvnctl: " << f.what() << "\n";
+        if (opt.json) std::cout << json{{"error", f.what()}, {"exit", f.code}}.dump() << "\n";
         return f.code;
     }
 }
