@@ -270,6 +270,7 @@ std::vector<std::string> list_users(Session& s) {
         if (!header && !line.empty()) ids.push_back(line.substr(0, line.find(',')));
     std::remove(tmpl);
     check(rc, "reading the user list");
+    kvn_delete_file(&s.conn, &req);  // the export is not kept on the terminal
     return ids;
 }
 
@@ -822,9 +823,12 @@ int main(int argc, char** argv) {
 
     // tour
     std::string tour_db;
-    auto* tour = app.add_subcommand("tour", "a walk through the families: information, door, a user, a file, logs");
+    auto* tour = app.add_subcommand("tour", "a walk through the families against the built-in simulator: information, door, a user, a file, logs");
     tour->add_option("--db", tour_db, "SQLite database for the log step (default: a temporary file)");
     on(tour, [&] {
+        // It enrols, uploads and marks the journal read: not something to do to a real terminal.
+        if (!opt.hosts.empty() || !opt.serial.empty())
+            throw Failure(kUsage, "tour runs against the built-in simulator only");
         auto s = session();
         auto step = [](const std::string& t) { if (!opt.json) std::cout << "== " << t << "\n"; };
         json out;
