@@ -207,7 +207,8 @@ TEST(KvnctlSync, KilledAtRandomPointsLosesAndDuplicatesNothing) {
     std::mt19937 rng(std::random_device{}());
     std::uniform_int_distribution<int> delay_us(0, 40000);
     int kills = 0;
-    for (int round = 0; round < 300 && kills < 25; ++round) {
+    int rounds = 0;
+    for (; rounds < 300 && kills < 25; ++rounds) {
         const pid_t pid = spawn();
         ASSERT_GT(pid, 0);
         std::this_thread::sleep_for(std::chrono::microseconds(delay_us(rng)));
@@ -218,15 +219,16 @@ TEST(KvnctlSync, KilledAtRandomPointsLosesAndDuplicatesNothing) {
         else ASSERT_EQ(WEXITSTATUS(status), 0);
     }
     EXPECT_GE(kills, 20);
-    std::printf("[   INFO   ] %d kills\n", kills);
+    sqlite3* h = nullptr;
+    ASSERT_EQ(sqlite3_open(db.c_str(), &h), SQLITE_OK);
+    std::printf("[   INFO   ] %d kills in %d runs; %lld rows stored before the last run\n", kills, rounds,
+                static_cast<long long>(query_int(h, "SELECT count(*) FROM transaction_log")));
     int status = 0;
     const pid_t last = spawn();
     ASSERT_EQ(waitpid(last, &status, 0), last);
     ASSERT_TRUE(WIFEXITED(status));
     EXPECT_EQ(WEXITSTATUS(status), 0);
 
-    sqlite3* h = nullptr;
-    ASSERT_EQ(sqlite3_open(db.c_str(), &h), SQLITE_OK);
     EXPECT_EQ(query_int(h, "SELECT count(*) FROM transaction_log"), 10000);
     EXPECT_EQ(query_int(h, "SELECT count(DISTINCT log_id) FROM transaction_log"), 10000);
     EXPECT_EQ(query_int(h, "SELECT max(log_id) - min(log_id) + 1 FROM transaction_log"), 10000);
