@@ -1,5 +1,5 @@
-# Compares the dynamic symbols of the shared library with the functions that the
-# public header declares: every declared function is exported, nothing else is.
+# Compares the dynamic symbols of the shared library with the exports of the header's
+# description (NAMES, one per line): every declared function is exported, nothing else is.
 execute_process(COMMAND nm -D --defined-only ${LIB} OUTPUT_VARIABLE nm_out RESULT_VARIABLE rc)
 if(NOT rc EQUAL 0)
   message(FATAL_ERROR "nm failed on ${LIB}")
@@ -16,14 +16,7 @@ foreach(line ${lines})
 endforeach()
 list(REMOVE_DUPLICATES exported)
 
-file(READ ${HEADER} header)
-string(REGEX MATCHALL "KVN_API[^;(]*[ *](kvn_[a-z0-9_]+)[ ]*\\(" decls "${header}")
-set(declared "")
-foreach(d ${decls})
-  string(REGEX REPLACE ".*[ *](kvn_[a-z0-9_]+)[ ]*\\($" "\\1" name "${d}")
-  list(APPEND declared ${name})
-endforeach()
-list(REMOVE_DUPLICATES declared)
+file(STRINGS ${NAMES} declared)
 
 set(missing ${declared})
 list(REMOVE_ITEM missing ${exported})

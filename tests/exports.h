@@ -1,6 +1,6 @@
 // Every command export as a call with placeholder arguments (generated from the
-// header by exports.cmake): pointers into a zeroed arena, one region per
-// parameter, and integers of 1.
+// header's description, kvn_generate.py export-calls): pointers into a zeroed
+// arena, one region per parameter, and integers of 1.
 #pragma once
 
 #include <cstdint>

@@ -80,3 +80,28 @@ TEST(Commands, EveryExportSendsTheTablesRequestTypeAndCommandId) {
     kvn_close_device_conn(&c);
     EXPECT_GE(kvntest::export_calls().size(), 240u);  // every command export
 }
+
+// The request each export's comment states (read into the header's description)
+// against the table: the reference cannot promise another command than the one sent.
+TEST(Commands, EveryExportsCommentStatesTheTablesRequest) {
+    const std::map<std::string, uint32_t> types = {{"set", 1}, {"get", 2}, {"reset", 3}, {"upload", 4}, {"download", 5}};
+    struct Described {
+        const char* name;
+        const char* type;
+        uint32_t command;
+    };
+    static const Described described[] = {
+#include "described_requests.inc"
+    };
+    const auto rows = table();
+    for (const auto& d : described) {
+        const auto row = rows.find(d.name);
+        if (row == rows.end()) {
+            ADD_FAILURE() << d.name << " is described but not in the command table";
+            continue;
+        }
+        EXPECT_EQ(KVN_REQUEST_WORD(types.at(d.type)), row->second.word) << d.name;
+        EXPECT_EQ(d.command, row->second.command) << d.name;
+    }
+    EXPECT_EQ(std::size(described), kvntest::export_calls().size());
+}

@@ -45,13 +45,21 @@ def member_type(m):
 def layout_check(d):
     out = [GENERATED, "#include <cstddef>\n#include <type_traits>\n\n#include \"kvnsdk2.h\"\n\n"]
     out.append("#if defined(_WIN64)\n#define KVN_LAYOUT(lp64, win64) (win64)\n#else\n"
-               "#define KVN_LAYOUT(lp64, win64) (lp64)\n#endif\n\n")
+               "#define KVN_LAYOUT(lp64, win64) (lp64)\n#endif\n\n"
+               "constexpr size_t kvn_next_offset(size_t at, size_t size, size_t align) {\n"
+               "    return (at + size + align - 1) / align * align;\n}\n\n")
     for r in d["records"]:
         n, w = r["name"], r.get("win64", {})
         out.append(f"static_assert(sizeof({n}) == KVN_LAYOUT({r['size']}, {w.get('size', r['size'])}), "
                    f"\"{n}: size differs from the description\");\n")
         out.append(f"static_assert(alignof({n}) == KVN_LAYOUT({r['align']}, {w.get('align', r['align'])}), "
                    f"\"{n}: alignment differs from the description\");\n")
+        out.append(f"static_assert(offsetof({n}, {r['members'][0]['name']}) == 0, "
+                   f"\"{n}: a member before {r['members'][0]['name']} is missing from the description\");\n")
+        last = r["members"][-1]["name"]
+        out.append(f"static_assert(sizeof({n}) == kvn_next_offset(offsetof({n}, {last}), sizeof({n}::{last}), "
+                   f"alignof({n})), \"{n}: a member after {last} is missing from the description\");\n")
+        prev = None
         for m in r["members"]:
             off = w.get("offsets", {}).get(m["name"], m["offset"])
             size = w.get("sizes", {}).get(m["name"], m["size"])
@@ -59,6 +67,13 @@ def layout_check(d):
                        f"\"{n}.{m['name']}: offset differs from the description\");\n")
             out.append(f"static_assert(sizeof({n}::{m['name']}) == KVN_LAYOUT({m['size']}, {size}), "
                        f"\"{n}.{m['name']}: size differs from the description\");\n")
+            if prev is not None:
+                # Each member starts where the one before ends, rounded up to its own
+                # alignment: a member missing from the description would leave a gap.
+                out.append(f"static_assert(offsetof({n}, {m['name']}) == kvn_next_offset(offsetof({n}, {prev}), "
+                           f"sizeof({n}::{prev}), alignof(decltype({n}::{m['name']}))), "
+                           f"\"{n}: a member before {m['name']} is missing from the description\");\n")
+            prev = m["name"]
             if m["kind"] != "pointer" and m["type"] not in ("kvn_socket_t", "kvn_handle_t"):
                 out.append(f"static_assert(std::is_same_v<decltype({n}::{m['name']}), {member_type(m)}>, "
                            f"\"{n}.{m['name']}: type differs from the description\");\n")

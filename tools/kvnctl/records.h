@@ -1,4 +1,5 @@
-// Records as JSON, both ways, from one description per record (records.def): numbers as
+// Records as JSON, both ways, from the header's description (each record's members, in
+// order, generated as kvnctl_records.inc by kvn_generate.py kvnctl-records): numbers as
 // numbers, texts as strings, byte arrays as hex, nested records as objects, arrays as
 // arrays. An array ends at its last element that is not all zero bytes; elements left out,
 // like members left out, read back as zero.
@@ -26,7 +27,7 @@ template <class T> struct Record;  // each(record, visitor): visitor(name, membe
         static constexpr const char* name = #type;                            \
         template <class R, class V> static void each(R& r, V&& v) { members } \
     };
-#include "records.def"
+#include "kvnctl_records.inc"
 #undef KVN_JSON_RECORD
 #undef F
 
