@@ -98,17 +98,20 @@ def brief_of(cursor, raw=None):
 WORD = r"(get|set|reset|upload|download)\s+\((0x[0-9A-Fa-f]{8})\)"
 REQUEST_FORMS = [
     # get (0x00020002), command 104.   set (...), command 7, no payload.
-    (re.compile(WORD + r"(?: with a payload)?, command (\d+)(, no payload)?\.$"),
-     lambda m: {"type": m[1], "word": m[2], "command": int(m[3]), "payload": m[4] is None}),
+    # "payload" is what the comment says beyond the type: False "no payload", True
+    # "with a payload" (on a get), None as the type has it.
+    (re.compile(WORD + r"( with a payload)?, command (\d+)(, no payload)?\.$"),
+     lambda m: {"type": m[1], "word": m[2], "command": int(m[4]),
+                "payload": False if m[5] else (True if m[3] else None)}),
     # upload (0x00040002), then set (0x00010002) per packet, command 413.
     (re.compile(WORD + r", then " + WORD + r" per packet, command (\d+)\.$"),
-     lambda m: {"type": m[1], "word": m[2], "command": int(m[5]), "payload": True,
+     lambda m: {"type": m[1], "word": m[2], "command": int(m[5]), "payload": None,
                 "then": {"type": m[3], "word": m[4]}}),
     # reset (0x00030002), the given command id.
     (re.compile(WORD + r", the given command id\.$"),
-     lambda m: {"type": m[1], "word": m[2], "command": None, "payload": False}),
+     lambda m: {"type": m[1], "word": m[2], "command": None, "payload": None}),
     (re.compile(r"the given request word and command id\.$"),
-     lambda m: {"type": None, "word": None, "command": None, "payload": True}),
+     lambda m: {"type": None, "word": None, "command": None, "payload": None}),
     (re.compile(r"none \((.*)\)\.$"), lambda m: None),
 ]
 
@@ -149,9 +152,23 @@ def type_name(t):
     return re.sub(r"\b(const|volatile|struct)\s+", "", s).strip()
 
 
+def typedef_chain(t):
+    """The names a type goes by, through its typedefs (wchar_t is an int in C)."""
+    names = []
+    while t.kind in (ci.TypeKind.TYPEDEF, ci.TypeKind.ELABORATED):
+        if t.kind == ci.TypeKind.TYPEDEF:
+            names.append(t.get_declaration().spelling)
+            t = t.get_declaration().underlying_typedef_type
+        else:
+            t = t.get_named_type()
+    return names
+
+
 def scalar(t, where):
     """kind, element size and named record of a non-array type."""
     canon = t.get_canonical()
+    if "wchar_t" in typedef_chain(t):
+        fail(where, "a wchar_t member has no fixed size on the wire")
     if canon.kind in INTEGER_KINDS:
         kind = INTEGER_KINDS[canon.kind][0]
         if kind == "wchar":
@@ -218,8 +235,8 @@ def leading_comment(cursor):
 
 def trailing_comment(cursor):
     """A plain /* ... */ after a member on its own line: its text (the header's habit)."""
-    line = source_lines(cursor)[cursor.extent.end.line - 1]
-    m = re.search(r";\s*/\*+<?\s*(.*?)\s*\*/", line)
+    end = cursor.extent.end
+    m = re.match(r"\s*;\s*/\*+<?\s*(.*?)\s*\*/", source_lines(cursor)[end.line - 1][end.column - 1:])
     return m.group(1) if m else ""
 
 
