@@ -70,7 +70,8 @@ inline Setup setup_for(const std::string& name) {
         {"kvn_verify_by_user_record", [](Args& a) { a.at<kvn_verify_user_record_request>(1)->record = a.at<kvn_user_record>(2); }},
         // @@LOGS@@
         // Transfers need a local file: an empty one to upload (only the start packet
-        // goes out), a path to create for a download. Relative to the working directory.
+        // goes out), a path to create for a download. Relative to the working directory,
+        // which is the test process's scratch directory (scratch_dir.cpp).
         {"kvn_upload_file",
          [](Args& a) {
              if (std::FILE* f = std::fopen("kvn_export_upload.bin", "wb")) std::fclose(f);
