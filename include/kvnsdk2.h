@@ -18,18 +18,144 @@
  * record, sends one request frame, reads the answer and decodes it into the record.
  * Its comment names the request it sends, as in "Request: get (0x00020002), command 104".
  *
- * Status codes of the command functions:
+ * The reference is arranged by what the functions do, one group each: @ref link,
+ * @ref settings, @ref network, @ref users, @ref logs, @ref files, @ref schedules,
+ * @ref cards, @ref wiegand and the library's own @ref extensions.
+ *
+ * @section kvn_status_codes Status codes of the command functions
+ *
  * - 0: success. A set whose answer carries a payload also returns 0.
  * - -1 ("TLV buffer overflow"): a record too large for the request (nothing is sent), an
  *   answer at least as long as the function's buffer, or a malformed answer.
  * - -2, -3: read or write failure or timeout; -6: CRC mismatch; -12: the answer does not
  *   start with the sync word. The link may then hold unread bytes: close and reopen it.
+ *   A function's comment says this with one line, \@kvn_link_errors (docs/Doxyfile.in).
  * - any other value is the terminal's status for the request, returned unchanged.
  *
  * Given a null connection they return -3, given a null record -1, sending nothing. A failed
  * read leaves the record as it was, except for fields decoded before a malformed element.
  * Reads store only the fields the answer carries; a text takes at most the field's size
  * and no NUL is added, so clear a record before reading into it.
+ */
+/**
+ * @defgroup link Link
+ * @brief The connection to a terminal, its frames and TLV payloads, and the status codes.
+ *
+ * Everything beneath the commands, shared by every family. A kvn_device_conn record names
+ * a terminal by TCP address or serial port; kvn_open_device_conn() opens the link and
+ * kvn_close_device_conn() closes it. A command is one request frame sent by
+ * kvn_send_command() and one answer read by kvn_receive_response(); their payloads are
+ * tag-length-value elements, written with kvn_create_tlv() and its kin and read with
+ * kvn_serch_tlv_tag() and kvn_read_tlv_length(). Every function returns a status code,
+ * named by enum kvn_status and put into words by kvn_utils_get_status_code_string(); the
+ * address converters and the library's version complete the group.
+ */
+/**
+ * @defgroup settings Settings
+ * @brief How the terminal behaves: indication, biometrics, sensors and alarms, door, I/O, attendance, VoIP.
+ *
+ * Each settings group is written by a set function, read by a get function and returned
+ * to the terminal's defaults by a reset function: LEDs, buzzer, audio and LCD, with audio
+ * played and images shown on request (kvn_play_audio(), kvn_display_image()); device
+ * notification; biometric and multi-user verification; the fingerprint, proximity and
+ * next sensors, the anti-shock and fire alarms; the door relay and DAC, with the door
+ * opened and closed on request (kvn_open_door_for_time(), kvn_close_door()); the
+ * specific-purpose inputs and outputs; time attendance and job codes; VoIP and its
+ * contacts. Network and device management are under @ref network, week, holiday and
+ * access schedules under @ref schedules.
+ */
+/**
+ * @defgroup network Network
+ * @brief The terminal's network and its management as a device: ports, Wi-Fi, SSL, VPN, certificates, time, reboot.
+ *
+ * The wired network, serial port and USB auxiliary port settings; the device and product
+ * information, debug log, device security, date and time, status and VNC setting, with
+ * reboots and the factory default; the SSL setting and its certificates, system
+ * notifications, Wi-Fi (status, scan, join and leave, network information), Ethernet
+ * security, and the VPN profile and status with the user, CA and uploaded certificates.
+ * Addresses are dotted-quad texts in the records and numbers on the wire, converted as
+ * kvn_convert_ip_string_to_int() does.
+ */
+/**
+ * @defgroup users Users
+ * @brief The people the terminal knows: user records and templates, enrolment, identification, verification, user groups.
+ *
+ * A kvn_user_record holds a user, keyed by its user_id, with up to KVN_USER_TEMPLATE_COUNT
+ * biometric templates. kvn_store_user_record(), kvn_get_user_record() and
+ * kvn_delete_user_record() keep users on the terminal, beside the user and template counts
+ * and the upkeep of one finger's template. kvn_enrollment() has the terminal capture a
+ * finger for a user; identification finds whose finger, template or sample it is, and
+ * verification checks a finger against a template, a stored user or a user record sent
+ * along. User groups and the users' display-image setting complete the group; a user
+ * record written to a smart card is under @ref cards, the users' CSV export and import
+ * under @ref files.
+ */
+/**
+ * @defgroup logs Logs
+ * @brief The terminal's transaction journal: counts, pages of entries, marks, deletion.
+ *
+ * Each event the terminal records is a kvn_transaction_log entry with an id of its own.
+ * The journal is counted and read as a whole, by date, by criteria or by what is not yet
+ * marked as read, at most KVN_TRANSACTION_LOG_MAX entries a read; the library does not
+ * page by itself. A host that copies the journal marks what it has stored as read
+ * (kvn_mark_transaction_logs_as_read()) and asks for the unread entries next time, so
+ * that each entry is taken once.
+ */
+/**
+ * @defgroup files Files
+ * @brief Files moved to, fetched from and deleted on the terminal; firmware upgrade, backup restore, CSV import and export.
+ *
+ * A transfer is a start exchange and then one exchange per packet of at most
+ * KVN_FILE_PACKET_SIZE bytes, between a local file and a file on the terminal named by a
+ * kvn_file_transfer_request (kvn_upload_file(), kvn_download_file(), kvn_delete_file()).
+ * Once a package or backup is on the terminal, kvn_upgrade_firware() and
+ * kvn_restore_backup_file() ask it to apply it; the CSV functions have it export its users
+ * to a file or import them from one. kvn_ext_upload_file() and kvn_ext_download_file()
+ * under @ref extensions move files the same way with progress and cancel.
+ */
+/**
+ * @defgroup schedules Schedules
+ * @brief When things happen: week schedules of the biometric check and the door, holiday and access schedules.
+ *
+ * A week schedule (kvn_week_schedule) gives each weekday its slots; the terminal keeps one
+ * for the biometric check and one for keeping the door open. Holiday schedules
+ * (KVN_HOLIDAY_SCHEDULE_COUNT of them, each of up to KVN_HOLIDAY_COUNT holidays) and access
+ * schedules (KVN_ACCESS_SCHEDULE_COUNT, each a week with a name) live in tables that are
+ * written whole or one schedule at a time and reset one index at a time; only entries
+ * whose enabled field is 1 go out.
+ */
+/**
+ * @defgroup cards Cards
+ * @brief The cards the terminal reads: serial numbers, card layouts and keys, the card server, smart cards and revocation.
+ *
+ * Reading the serial number of the card at the reader; the CSN and PACS settings; the
+ * smart-card access keys, MIFARE and HID layouts, DESFire settings and key manipulation
+ * flags; the SRL server and the card preference. The smart card presented to the terminal
+ * can be secured, formatted, reset, read and written, with raw bytes or a user record
+ * (kvn_write_user_record_on_smart_card()); cards are revoked and taken off the revoked
+ * list by their identifier.
+ */
+/**
+ * @defgroup wiegand Wiegand
+ * @brief The Wiegand ports: formats uploaded, listed and deleted, input, output, pulse and multi-input settings.
+ *
+ * A kvn_wiegand_format describes a bit layout by its type (0, 1 or 2) and, for type 2, up
+ * to KVN_WIEGAND_PARITY_MAX parity definitions of each kind; kvn_upload_wiegand_format()
+ * stores it on the terminal and kvn_get_wiegand_format_list() lists what it holds. The
+ * input, output and pulse settings configure the ports, and the multi-input setting up to
+ * KVN_MULTI_WIEGAND_INPUTS inputs at once.
+ */
+/**
+ * @defgroup extensions Extensions
+ * @brief Options and conveniences of this library that are not terminal commands (kvn_ext_*).
+ *
+ * The waits of TCP and serial reads, writes and connects (kvn_ext_set_timeouts(),
+ * kvn_ext_apply_timeouts_to_serial()); the operating system's error behind the last
+ * transport call of a thread, which tells apart the many causes of -5, -2 and -3
+ * (kvn_ext_last_os_error()); where the library's diagnostic lines go
+ * (kvn_ext_set_diagnostic_sink()); and file transfers that report progress and can be
+ * cancelled (kvn_ext_upload_file(), kvn_ext_download_file()). The options are
+ * process-wide: set them before opening connections.
  */
 #ifndef KVNSDK2_H
 #define KVNSDK2_H
@@ -104,6 +230,9 @@ extern "C" {
 /* ------------------------------------------------------------------------- */
 /* Connection                                                                */
 /* ------------------------------------------------------------------------- */
+
+/** @addtogroup link
+ * @{ */
 
 #if defined(_WIN32)
 typedef uintptr_t kvn_socket_t; /* SOCKET */
@@ -260,7 +389,7 @@ KVN_API int32_t kvn_receive_response(kvn_device_conn *conn, uint8_t *buffer, uin
  * @par Request: reset (0x00030002), the given command id.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_send_reset_command(kvn_device_conn *conn, uint32_t command_id);
 
@@ -591,10 +720,15 @@ KVN_API int32_t kvn_convert_ip_string_to_int(const char *text, uint32_t *address
  */
 KVN_API int32_t kvn_convert_ip_int_to_string(uint32_t address, char *text);
 
+/** @} */
+
 /* ------------------------------------------------------------------------- */
 /* Library extensions (kvn_ext_*): process-wide options of this library.     */
 /* They are not terminal commands. Set them before opening connections.      */
 /* ------------------------------------------------------------------------- */
+
+/** @addtogroup extensions
+ * @{ */
 
 /**
  * Sets the per-chunk waits of reads and writes and the wait of a TCP connect.
@@ -674,11 +808,16 @@ typedef void (KVN_CALL *kvn_ext_diagnostic_fn)(void *context, const char *line);
  */
 KVN_API void kvn_ext_set_diagnostic_sink(kvn_ext_diagnostic_fn sink, void *context);
 
-/* @@FAMILIES@@ Command families are declared below, one section each. */
+/** @} */
+
+/* The command families follow, one section each. */
 
 /* ------------------------------------------------------------------------- */
 /* Indication: LED, buzzer, audio, images, LCD, device notification          */
 /* ------------------------------------------------------------------------- */
+
+/** @addtogroup settings
+ * @{ */
 
 /** Entries of the LED settings (command 104). */
 #define KVN_LED_COUNT 17
@@ -774,7 +913,7 @@ KVN_RECORD_SIZE(kvn_device_notification_setting, 236, 236);
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1009 @p entry outside 1 to KVN_LED_COUNT; nothing is sent.
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_single_led_setting(kvn_device_conn *conn, const kvn_led_setting *leds, uint32_t entry);
 
@@ -785,7 +924,7 @@ KVN_API int32_t kvn_set_single_led_setting(kvn_device_conn *conn, const kvn_led_
  * @par Request: set (0x00010002), command 104.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_all_led_setting(kvn_device_conn *conn, const kvn_led_setting *leds /* [KVN_LED_COUNT] */);
 
@@ -796,7 +935,7 @@ KVN_API int32_t kvn_set_all_led_setting(kvn_device_conn *conn, const kvn_led_set
  * @par Request: get (0x00020002), command 104.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_led_setting(kvn_device_conn *conn, kvn_led_setting *leds /* [KVN_LED_COUNT] */);
 
@@ -806,7 +945,7 @@ KVN_API int32_t kvn_get_led_setting(kvn_device_conn *conn, kvn_led_setting *leds
  * @par Request: reset (0x00030002), command 104.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_led_setting(kvn_device_conn *conn);
 
@@ -819,7 +958,7 @@ KVN_API int32_t kvn_reset_led_setting(kvn_device_conn *conn);
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1009 @p entry outside 1 to KVN_BUZZER_COUNT; nothing is sent.
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_single_buzzer_setting(kvn_device_conn *conn, const kvn_led_setting *buzzers, uint32_t entry);
 
@@ -830,7 +969,7 @@ KVN_API int32_t kvn_set_single_buzzer_setting(kvn_device_conn *conn, const kvn_l
  * @par Request: set (0x00010002), command 111.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_all_buzzer_setting(kvn_device_conn *conn, const kvn_led_setting *buzzers /* [KVN_BUZZER_COUNT] */);
 
@@ -842,7 +981,7 @@ KVN_API int32_t kvn_set_all_buzzer_setting(kvn_device_conn *conn, const kvn_led_
  * @par Request: get (0x00020002), command 111.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_buzzer_setting(kvn_device_conn *conn, kvn_led_setting *buzzers /* [KVN_BUZZER_COUNT] */);
 
@@ -852,7 +991,7 @@ KVN_API int32_t kvn_get_buzzer_setting(kvn_device_conn *conn, kvn_led_setting *b
  * @par Request: reset (0x00030002), command 111.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_buzzer_setting(kvn_device_conn *conn);
 
@@ -865,7 +1004,7 @@ KVN_API int32_t kvn_reset_buzzer_setting(kvn_device_conn *conn);
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1009 @p entry outside 1 to KVN_AUDIO_COUNT; nothing is sent.
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_single_audio_setting(kvn_device_conn *conn, const kvn_audio_setting *audio, uint32_t entry);
 
@@ -876,7 +1015,7 @@ KVN_API int32_t kvn_set_single_audio_setting(kvn_device_conn *conn, const kvn_au
  * @par Request: set (0x00010002), command 110.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_all_audio_setting(kvn_device_conn *conn, const kvn_audio_setting *audio /* [KVN_AUDIO_COUNT] */);
 
@@ -887,7 +1026,7 @@ KVN_API int32_t kvn_set_all_audio_setting(kvn_device_conn *conn, const kvn_audio
  * @par Request: get (0x00020002), command 110.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_audio_setting(kvn_device_conn *conn, kvn_audio_setting *audio /* [KVN_AUDIO_COUNT] */);
 
@@ -897,7 +1036,7 @@ KVN_API int32_t kvn_get_audio_setting(kvn_device_conn *conn, kvn_audio_setting *
  * @par Request: reset (0x00030002), command 110.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_audio_setting(kvn_device_conn *conn);
 
@@ -908,7 +1047,7 @@ KVN_API int32_t kvn_reset_audio_setting(kvn_device_conn *conn);
  * @par Request: set (0x00010002), command 801.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_play_audio(kvn_device_conn *conn, const kvn_audio_play_request *request);
 
@@ -918,7 +1057,7 @@ KVN_API int32_t kvn_play_audio(kvn_device_conn *conn, const kvn_audio_play_reque
  * @par Request: set (0x00010002), command 802.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_stop_audio(kvn_device_conn *conn);
 
@@ -929,7 +1068,7 @@ KVN_API int32_t kvn_stop_audio(kvn_device_conn *conn);
  * @par Request: get (0x00020002), command 803.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_retrieve_audio_list(kvn_device_conn *conn, kvn_media_list *list);
 
@@ -940,7 +1079,7 @@ KVN_API int32_t kvn_retrieve_audio_list(kvn_device_conn *conn, kvn_media_list *l
  * @par Request: get (0x00020002), command 140.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_retrieve_image_list(kvn_device_conn *conn, kvn_media_list *list);
 
@@ -951,7 +1090,7 @@ KVN_API int32_t kvn_retrieve_image_list(kvn_device_conn *conn, kvn_media_list *l
  * @par Request: set (0x00010002), command 205.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_display_image(kvn_device_conn *conn, const kvn_display_image_request *request);
 
@@ -962,7 +1101,7 @@ KVN_API int32_t kvn_display_image(kvn_device_conn *conn, const kvn_display_image
  * @par Request: set (0x00010002), command 149.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_lcd_settings(kvn_device_conn *conn, const kvn_lcd_setting *setting);
 
@@ -973,7 +1112,7 @@ KVN_API int32_t kvn_set_lcd_settings(kvn_device_conn *conn, const kvn_lcd_settin
  * @par Request: get (0x00020002), command 149.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_lcd_settings(kvn_device_conn *conn, kvn_lcd_setting *setting);
 
@@ -983,7 +1122,7 @@ KVN_API int32_t kvn_get_lcd_settings(kvn_device_conn *conn, kvn_lcd_setting *set
  * @par Request: reset (0x00030002), command 149.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_lcd_settings(kvn_device_conn *conn);
 
@@ -994,7 +1133,7 @@ KVN_API int32_t kvn_reset_lcd_settings(kvn_device_conn *conn);
  * @par Request: set (0x00010002), command 507.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_device_notification_setting(kvn_device_conn *conn, const kvn_device_notification_setting *setting);
 
@@ -1005,7 +1144,7 @@ KVN_API int32_t kvn_set_device_notification_setting(kvn_device_conn *conn, const
  * @par Request: get (0x00020002), command 507.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_device_notification_setting(kvn_device_conn *conn, kvn_device_notification_setting *setting);
 
@@ -1015,7 +1154,7 @@ KVN_API int32_t kvn_get_device_notification_setting(kvn_device_conn *conn, kvn_d
  * @par Request: reset (0x00030002), command 507.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_device_notification_setting(kvn_device_conn *conn);
 
@@ -1064,7 +1203,7 @@ KVN_RECORD_SIZE(kvn_multi_user_verification_setting, 224, 224);
  * @par Request: set (0x00010002), command 108.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_biometric_setting(kvn_device_conn *conn, const kvn_biometric_setting *setting);
 
@@ -1075,7 +1214,7 @@ KVN_API int32_t kvn_set_biometric_setting(kvn_device_conn *conn, const kvn_biome
  * @par Request: get (0x00020002), command 108.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_biometric_setting(kvn_device_conn *conn, kvn_biometric_setting *setting);
 
@@ -1085,7 +1224,7 @@ KVN_API int32_t kvn_get_biometric_setting(kvn_device_conn *conn, kvn_biometric_s
  * @par Request: reset (0x00030002), command 108.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_biometric_setting(kvn_device_conn *conn);
 
@@ -1096,7 +1235,7 @@ KVN_API int32_t kvn_reset_biometric_setting(kvn_device_conn *conn);
  * @par Request: set (0x00010002), command 139.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_multi_user_verification_setting(kvn_device_conn *conn, const kvn_multi_user_verification_setting *setting);
 
@@ -1108,7 +1247,7 @@ KVN_API int32_t kvn_set_multi_user_verification_setting(kvn_device_conn *conn, c
  * @par Request: get (0x00020002), command 139.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_multi_user_verification_setting(kvn_device_conn *conn, kvn_multi_user_verification_setting *setting);
 
@@ -1118,7 +1257,7 @@ KVN_API int32_t kvn_get_multi_user_verification_setting(kvn_device_conn *conn, k
  * @par Request: reset (0x00030002), command 139.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_multi_user_verification_setting(kvn_device_conn *conn);
 
@@ -1174,7 +1313,7 @@ KVN_RECORD_SIZE(kvn_antishock_setting, 28, 28);
  * @par Request: get (0x00020002) with a payload, command 301.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 no memory for the 1 MiB exchange buffer (nothing is sent), a malformed answer, or one of 1048576 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_test_fingerprint_sensor(kvn_device_conn *conn, kvn_fingerprint_sensor_test *test);
 
@@ -1184,7 +1323,7 @@ KVN_API int32_t kvn_test_fingerprint_sensor(kvn_device_conn *conn, kvn_fingerpri
  * @par Request: reset (0x00030002), command 302.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_fingerprint_sensor(kvn_device_conn *conn);
 
@@ -1195,7 +1334,7 @@ KVN_API int32_t kvn_reset_fingerprint_sensor(kvn_device_conn *conn);
  * @par Request: set (0x00010002), command 303.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_fingerprint_sensor_autoon_status(kvn_device_conn *conn, uint32_t status);
 
@@ -1206,7 +1345,7 @@ KVN_API int32_t kvn_set_fingerprint_sensor_autoon_status(kvn_device_conn *conn, 
  * @par Request: get (0x00020002), command 303.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_fingerprint_sensor_autoon_status(kvn_device_conn *conn, uint32_t *status);
 
@@ -1216,7 +1355,7 @@ KVN_API int32_t kvn_get_fingerprint_sensor_autoon_status(kvn_device_conn *conn, 
  * @par Request: reset (0x00030002), command 303.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_fingerprint_sensor_autoon_status(kvn_device_conn *conn);
 
@@ -1227,7 +1366,7 @@ KVN_API int32_t kvn_reset_fingerprint_sensor_autoon_status(kvn_device_conn *conn
  * @par Request: set (0x00010002), command 304.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_proximity_sensor_settings(kvn_device_conn *conn, const kvn_proximity_sensor_setting *setting);
 
@@ -1238,7 +1377,7 @@ KVN_API int32_t kvn_set_proximity_sensor_settings(kvn_device_conn *conn, const k
  * @par Request: get (0x00020002), command 304.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_proximity_sensor_settings(kvn_device_conn *conn, kvn_proximity_sensor_setting *setting);
 
@@ -1248,7 +1387,7 @@ KVN_API int32_t kvn_get_proximity_sensor_settings(kvn_device_conn *conn, kvn_pro
  * @par Request: reset (0x00030002), command 304.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_proximity_sensor_settings(kvn_device_conn *conn);
 
@@ -1259,7 +1398,7 @@ KVN_API int32_t kvn_reset_proximity_sensor_settings(kvn_device_conn *conn);
  * @par Request: set (0x00010002), command 166.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_next_sensor_settings(kvn_device_conn *conn, const kvn_next_sensor_setting *setting);
 
@@ -1270,7 +1409,7 @@ KVN_API int32_t kvn_set_next_sensor_settings(kvn_device_conn *conn, const kvn_ne
  * @par Request: get (0x00020002), command 166.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_next_sensor_settings(kvn_device_conn *conn, kvn_next_sensor_setting *setting);
 
@@ -1281,7 +1420,7 @@ KVN_API int32_t kvn_get_next_sensor_settings(kvn_device_conn *conn, kvn_next_sen
  * @par Request: reset (0x00030002), command 166.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_next_sensor_settings(kvn_device_conn *conn);
 
@@ -1292,7 +1431,7 @@ KVN_API int32_t kvn_next_sensor_settings(kvn_device_conn *conn);
  * @par Request: set (0x00010002), command 306.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_antishock_settings(kvn_device_conn *conn, const kvn_antishock_setting *setting);
 
@@ -1303,7 +1442,7 @@ KVN_API int32_t kvn_set_antishock_settings(kvn_device_conn *conn, const kvn_anti
  * @par Request: get (0x00020002), command 306.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_antishock_settings(kvn_device_conn *conn, kvn_antishock_setting *setting);
 
@@ -1313,7 +1452,7 @@ KVN_API int32_t kvn_get_antishock_settings(kvn_device_conn *conn, kvn_antishock_
  * @par Request: reset (0x00030002), command 306.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_antishock_settings(kvn_device_conn *conn);
 
@@ -1323,7 +1462,7 @@ KVN_API int32_t kvn_reset_antishock_settings(kvn_device_conn *conn);
  * @par Request: set (0x00010002), command 306.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_clear_reenable_antishock_alarm(kvn_device_conn *conn);
 
@@ -1334,7 +1473,7 @@ KVN_API int32_t kvn_clear_reenable_antishock_alarm(kvn_device_conn *conn);
  * @par Request: set (0x00010002), command 305.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_fire_alarm_state(kvn_device_conn *conn, uint32_t state);
 
@@ -1345,7 +1484,7 @@ KVN_API int32_t kvn_set_fire_alarm_state(kvn_device_conn *conn, uint32_t state);
  * @par Request: get (0x00020002), command 305.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_fire_alarm_state(kvn_device_conn *conn, uint32_t *state);
 
@@ -1355,7 +1494,7 @@ KVN_API int32_t kvn_get_fire_alarm_state(kvn_device_conn *conn, uint32_t *state)
  * @par Request: reset (0x00030002), command 305.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_fire_alarm_state(kvn_device_conn *conn);
 
@@ -1365,7 +1504,7 @@ KVN_API int32_t kvn_reset_fire_alarm_state(kvn_device_conn *conn);
  * @par Request: set (0x00010002), command 305.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_clear_reenable_fire_alarm(kvn_device_conn *conn);
 
@@ -1398,7 +1537,7 @@ KVN_RECORD_SIZE(kvn_dac_setting, 48, 48);
  * @par Request: set (0x00010002), command 115.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer as long as the request (63 bytes) or longer.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_dac_settings(kvn_device_conn *conn, const kvn_dac_setting *setting);
 
@@ -1409,7 +1548,7 @@ KVN_API int32_t kvn_set_dac_settings(kvn_device_conn *conn, const kvn_dac_settin
  * @par Request: get (0x00020002), command 115.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer (an empty element counts), or one of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_dac_settings(kvn_device_conn *conn, kvn_dac_setting *setting);
 
@@ -1419,7 +1558,7 @@ KVN_API int32_t kvn_get_dac_settings(kvn_device_conn *conn, kvn_dac_setting *set
  * @par Request: reset (0x00030002), command 115.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_dac_settings(kvn_device_conn *conn);
 
@@ -1431,7 +1570,7 @@ KVN_API int32_t kvn_reset_dac_settings(kvn_device_conn *conn);
  * @par Request: set (0x00010002), command 115.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer as long as the request (12 bytes) or longer.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_open_door_for_time(kvn_device_conn *conn, uint32_t open_time, int32_t option);
 
@@ -1441,7 +1580,7 @@ KVN_API int32_t kvn_open_door_for_time(kvn_device_conn *conn, uint32_t open_time
  * @par Request: set (0x00010002), command 115.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer as long as the request (12 bytes) or longer.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_close_door(kvn_device_conn *conn);
 
@@ -1451,13 +1590,18 @@ KVN_API int32_t kvn_close_door(kvn_device_conn *conn);
  * @par Request: set (0x00010002), command 115.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer as long as the request (6 bytes) or longer.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_clear_door_force_open_alarm(kvn_device_conn *conn);
+
+/** @} */
 
 /* ------------------------------------------------------------------------- */
 /* Network and device management: wired and serial network, device information and maintenance, wireless, SSL, notifications, Ethernet security, VPN and certificates */
 /* ------------------------------------------------------------------------- */
+
+/** @addtogroup network
+ * @{ */
 
 /* Wired network (101), serial port (102) and USB auxiliary port (103). */
 
@@ -1502,7 +1646,7 @@ KVN_RECORD_SIZE(kvn_usb_auxiliary_setting, 4, 4);
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -15 an address that is not a dotted quad; nothing is sent.
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_ethernet_setting(kvn_device_conn *conn, const kvn_ethernet_setting *setting);
 
@@ -1513,7 +1657,7 @@ KVN_API int32_t kvn_set_ethernet_setting(kvn_device_conn *conn, const kvn_ethern
  * @par Request: get (0x00020002), command 101.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_ethernet_setting(kvn_device_conn *conn, kvn_ethernet_setting *setting);
 
@@ -1523,7 +1667,7 @@ KVN_API int32_t kvn_get_ethernet_setting(kvn_device_conn *conn, kvn_ethernet_set
  * @par Request: reset (0x00030002), command 101.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_ethernet_setting(kvn_device_conn *conn);
 
@@ -1534,7 +1678,7 @@ KVN_API int32_t kvn_reset_ethernet_setting(kvn_device_conn *conn);
  * @par Request: set (0x00010002), command 102.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_serial_setting(kvn_device_conn *conn, const kvn_serial_setting *setting);
 
@@ -1545,7 +1689,7 @@ KVN_API int32_t kvn_set_serial_setting(kvn_device_conn *conn, const kvn_serial_s
  * @par Request: get (0x00020002), command 102.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_serial_setting(kvn_device_conn *conn, kvn_serial_setting *setting);
 
@@ -1555,7 +1699,7 @@ KVN_API int32_t kvn_get_serial_setting(kvn_device_conn *conn, kvn_serial_setting
  * @par Request: reset (0x00030002), command 102.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_serial_setting(kvn_device_conn *conn);
 
@@ -1566,7 +1710,7 @@ KVN_API int32_t kvn_reset_serial_setting(kvn_device_conn *conn);
  * @par Request: set (0x00010002), command 103.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_usb_auxiliary_setting(kvn_device_conn *conn, const kvn_usb_auxiliary_setting *setting);
 
@@ -1577,7 +1721,7 @@ KVN_API int32_t kvn_set_usb_auxiliary_setting(kvn_device_conn *conn, const kvn_u
  * @par Request: get (0x00020002), command 103.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_usb_auxiliary_setting(kvn_device_conn *conn, kvn_usb_auxiliary_setting *setting);
 
@@ -1587,7 +1731,7 @@ KVN_API int32_t kvn_get_usb_auxiliary_setting(kvn_device_conn *conn, kvn_usb_aux
  * @par Request: reset (0x00030002), command 103.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_usb_auxiliary_setting(kvn_device_conn *conn);
 
@@ -1691,7 +1835,7 @@ KVN_RECORD_SIZE(kvn_device_vnc_setting, 22, 22);
  * @par Request: get (0x00020002), command 201.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_device_info(kvn_device_conn *conn, kvn_device_info *info);
 
@@ -1702,7 +1846,7 @@ KVN_API int32_t kvn_get_device_info(kvn_device_conn *conn, kvn_device_info *info
  * @par Request: set (0x00010002), command 116.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_product_info(kvn_device_conn *conn, const kvn_product_info *info);
 
@@ -1713,7 +1857,7 @@ KVN_API int32_t kvn_set_product_info(kvn_device_conn *conn, const kvn_product_in
  * @par Request: get (0x00020002), command 116.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_product_info(kvn_device_conn *conn, kvn_product_info *info);
 
@@ -1723,7 +1867,7 @@ KVN_API int32_t kvn_get_product_info(kvn_device_conn *conn, kvn_product_info *in
  * @par Request: reset (0x00030002), command 116.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_product_info(kvn_device_conn *conn);
 
@@ -1734,7 +1878,7 @@ KVN_API int32_t kvn_reset_product_info(kvn_device_conn *conn);
  * @par Request: set (0x00010002), command 129.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_device_debug_log(kvn_device_conn *conn, const kvn_device_debug_log *log);
 
@@ -1745,7 +1889,7 @@ KVN_API int32_t kvn_set_device_debug_log(kvn_device_conn *conn, const kvn_device
  * @par Request: get (0x00020002), command 129.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_device_debug_log(kvn_device_conn *conn, kvn_device_debug_log *log);
 
@@ -1755,7 +1899,7 @@ KVN_API int32_t kvn_get_device_debug_log(kvn_device_conn *conn, kvn_device_debug
  * @par Request: reset (0x00030002), command 129.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_device_debug_log(kvn_device_conn *conn);
 
@@ -1775,7 +1919,7 @@ KVN_API int32_t kvn_device_reboot_forcefully(kvn_device_conn *conn);
  * @par Request: reset (0x00030002), command 131.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_device_reboot_gracefully(kvn_device_conn *conn);
 
@@ -1786,7 +1930,7 @@ KVN_API int32_t kvn_device_reboot_gracefully(kvn_device_conn *conn);
  * @par Request: set (0x00010002), command 128.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_device_security(kvn_device_conn *conn, const kvn_device_security *security);
 
@@ -1797,7 +1941,7 @@ KVN_API int32_t kvn_set_device_security(kvn_device_conn *conn, const kvn_device_
  * @par Request: get (0x00020002), command 128.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_device_security(kvn_device_conn *conn, kvn_device_security *security);
 
@@ -1807,7 +1951,7 @@ KVN_API int32_t kvn_get_device_security(kvn_device_conn *conn, kvn_device_securi
  * @par Request: reset (0x00030002), command 128.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_device_security(kvn_device_conn *conn);
 
@@ -1818,7 +1962,7 @@ KVN_API int32_t kvn_reset_device_security(kvn_device_conn *conn);
  * @par Request: set (0x00010002), command 126.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_device_date_time(kvn_device_conn *conn, const kvn_device_date_time *date_time);
 
@@ -1829,7 +1973,7 @@ KVN_API int32_t kvn_set_device_date_time(kvn_device_conn *conn, const kvn_device
  * @par Request: get (0x00020002), command 126.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_device_date_time(kvn_device_conn *conn, kvn_device_date_time *date_time);
 
@@ -1840,7 +1984,7 @@ KVN_API int32_t kvn_get_device_date_time(kvn_device_conn *conn, kvn_device_date_
  * @par Request: get (0x00020002), command 202.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_device_status(kvn_device_conn *conn, kvn_device_status *status);
 
@@ -1850,7 +1994,7 @@ KVN_API int32_t kvn_get_device_status(kvn_device_conn *conn, kvn_device_status *
  * @par Request: reset (0x00030002), command 122.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_device_factory_default(kvn_device_conn *conn);
 
@@ -1861,7 +2005,7 @@ KVN_API int32_t kvn_device_factory_default(kvn_device_conn *conn);
  * @par Request: set (0x00010002), command 134.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_device_vnc_setting(kvn_device_conn *conn, const kvn_device_vnc_setting *setting);
 
@@ -1872,7 +2016,7 @@ KVN_API int32_t kvn_set_device_vnc_setting(kvn_device_conn *conn, const kvn_devi
  * @par Request: get (0x00020002), command 134.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_device_vnc_setting(kvn_device_conn *conn, kvn_device_vnc_setting *setting);
 
@@ -1882,7 +2026,7 @@ KVN_API int32_t kvn_get_device_vnc_setting(kvn_device_conn *conn, kvn_device_vnc
  * @par Request: reset (0x00030002), command 134.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_device_vnc_setting(kvn_device_conn *conn);
 
@@ -1995,7 +2139,7 @@ KVN_RECORD_SIZE(kvn_ethernet_security_setting, 344, 344);
  * @par Request: set (0x00010002), command 127.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_ssl_setting(kvn_device_conn *conn, const kvn_ssl_setting *setting);
 
@@ -2006,7 +2150,7 @@ KVN_API int32_t kvn_set_ssl_setting(kvn_device_conn *conn, const kvn_ssl_setting
  * @par Request: get (0x00020002), command 127.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_ssl_setting(kvn_device_conn *conn, kvn_ssl_setting *setting);
 
@@ -2016,7 +2160,7 @@ KVN_API int32_t kvn_get_ssl_setting(kvn_device_conn *conn, kvn_ssl_setting *sett
  * @par Request: reset (0x00030002), command 127.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_ssl_setting(kvn_device_conn *conn);
 
@@ -2027,7 +2171,7 @@ KVN_API int32_t kvn_reset_ssl_setting(kvn_device_conn *conn);
  * @par Request: get (0x00020002), command 133.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_ssl_cert_list(kvn_device_conn *conn, kvn_ssl_cert_list *list);
 
@@ -2038,7 +2182,7 @@ KVN_API int32_t kvn_get_ssl_cert_list(kvn_device_conn *conn, kvn_ssl_cert_list *
  * @par Request: set (0x00010002), command 125.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 a text too long for the 1024-byte request (nothing is sent), or an answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_system_notification_setting(kvn_device_conn *conn,
                                                     const kvn_system_notification_setting *setting);
@@ -2050,7 +2194,7 @@ KVN_API int32_t kvn_set_system_notification_setting(kvn_device_conn *conn,
  * @par Request: get (0x00020002), command 125.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_system_notification_setting(kvn_device_conn *conn, kvn_system_notification_setting *setting);
 
@@ -2060,7 +2204,7 @@ KVN_API int32_t kvn_get_system_notification_setting(kvn_device_conn *conn, kvn_s
  * @par Request: reset (0x00030002), command 125.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_system_notification_setting(kvn_device_conn *conn);
 
@@ -2071,7 +2215,7 @@ KVN_API int32_t kvn_reset_system_notification_setting(kvn_device_conn *conn);
  * @par Request: set (0x00010002), command 135.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_wifi_status(kvn_device_conn *conn, const kvn_wifi_status *status);
 
@@ -2082,7 +2226,7 @@ KVN_API int32_t kvn_set_wifi_status(kvn_device_conn *conn, const kvn_wifi_status
  * @par Request: get (0x00020002), command 135.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_wifi_status(kvn_device_conn *conn, kvn_wifi_status *status);
 
@@ -2092,7 +2236,7 @@ KVN_API int32_t kvn_get_wifi_status(kvn_device_conn *conn, kvn_wifi_status *stat
  * @par Request: reset (0x00030002), command 135.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_wifi_status(kvn_device_conn *conn);
 
@@ -2107,7 +2251,7 @@ KVN_API int32_t kvn_reset_wifi_status(kvn_device_conn *conn);
  * @par Request: get (0x00020002), command 136.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 204800 bytes or more; also a null @p entries with a non-zero count.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_wifi_scan_list(kvn_device_conn *conn, kvn_wifi_connection_info *info,
                                        kvn_wifi_scan_entry *entries, uint8_t *count);
@@ -2122,7 +2266,7 @@ KVN_API int32_t kvn_get_wifi_scan_list(kvn_device_conn *conn, kvn_wifi_connectio
  * @retval -15 an address that is not a dotted quad; nothing is sent.
  * @retval -1 answer of 1024 bytes or more.
  * @retval -8012/-8013 the terminal's "Failed to Enable Wi-Fi", "Failed to Connect Wi-Fi".
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_connect_wifi(kvn_device_conn *conn, const kvn_wifi_connect_setting *setting);
 
@@ -2133,7 +2277,7 @@ KVN_API int32_t kvn_connect_wifi(kvn_device_conn *conn, const kvn_wifi_connect_s
  * @par Request: reset (0x00030002), command 137.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 a name too long for the 1024-byte request (nothing is sent), or an answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_disconnect_wifi(kvn_device_conn *conn, const char *name);
 
@@ -2144,7 +2288,7 @@ KVN_API int32_t kvn_disconnect_wifi(kvn_device_conn *conn, const char *name);
  * @par Request: get (0x00020002), command 138.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_wifi_network_info(kvn_device_conn *conn, kvn_wifi_network_info *info);
 
@@ -2156,7 +2300,7 @@ KVN_API int32_t kvn_get_wifi_network_info(kvn_device_conn *conn, kvn_wifi_networ
  * @par Request: set (0x00010002), command 163.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_ethernet_security_setting(kvn_device_conn *conn, const kvn_ethernet_security_setting *setting);
 
@@ -2168,7 +2312,7 @@ KVN_API int32_t kvn_set_ethernet_security_setting(kvn_device_conn *conn, const k
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1010 the last container held a MAC that is not exactly 17 bytes (it is not stored).
  * @retval -1 malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_ethernet_security_setting(kvn_device_conn *conn, kvn_ethernet_security_setting *setting);
 
@@ -2178,7 +2322,7 @@ KVN_API int32_t kvn_get_ethernet_security_setting(kvn_device_conn *conn, kvn_eth
  * @par Request: reset (0x00030002), command 163.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_ethernet_security_setting(kvn_device_conn *conn);
 
@@ -2237,7 +2381,7 @@ KVN_RECORD_SIZE(kvn_vpn_certificate_install, 1011, 1011);
  * @par Request: set (0x00010002), command 1001.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 a profile too long for the 1024-byte request (nothing is sent), or an answer as long as the request or longer.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_vpn_profile(kvn_device_conn *conn, const kvn_vpn_profile *profile);
 
@@ -2248,7 +2392,7 @@ KVN_API int32_t kvn_set_vpn_profile(kvn_device_conn *conn, const kvn_vpn_profile
  * @par Request: get (0x00020002), command 1001.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_vpn_profile(kvn_device_conn *conn, kvn_vpn_profile *profile);
 
@@ -2258,7 +2402,7 @@ KVN_API int32_t kvn_get_vpn_profile(kvn_device_conn *conn, kvn_vpn_profile *prof
  * @par Request: reset (0x00030002), command 1001.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_vpn_profile(kvn_device_conn *conn);
 
@@ -2269,7 +2413,7 @@ KVN_API int32_t kvn_reset_vpn_profile(kvn_device_conn *conn);
  * @par Request: get (0x00020002), command 1002.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_vpn_status(kvn_device_conn *conn, kvn_vpn_status *status);
 
@@ -2281,7 +2425,7 @@ KVN_API int32_t kvn_get_vpn_status(kvn_device_conn *conn, kvn_vpn_status *status
  * @par Request: get (0x00020002), command 1003.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer or container, or an answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_user_cert_list(kvn_device_conn *conn, kvn_vpn_cert_list *list);
 
@@ -2292,7 +2436,7 @@ KVN_API int32_t kvn_get_user_cert_list(kvn_device_conn *conn, kvn_vpn_cert_list 
  * @par Request: get (0x00020002), command 1004.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer or container, or an answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_ca_cert_list(kvn_device_conn *conn, kvn_vpn_cert_list *list);
 
@@ -2303,7 +2447,7 @@ KVN_API int32_t kvn_get_ca_cert_list(kvn_device_conn *conn, kvn_vpn_cert_list *l
  * @par Request: get (0x00020002), command 1007.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer or container, or an answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_uploaded_cert_list(kvn_device_conn *conn, kvn_vpn_cert_list *list);
 
@@ -2314,7 +2458,7 @@ KVN_API int32_t kvn_get_uploaded_cert_list(kvn_device_conn *conn, kvn_vpn_cert_l
  * @par Request: set (0x00010002), command 1005.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer as long as the request or longer.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_install_uploaded_certificate(kvn_device_conn *conn, const kvn_vpn_certificate_install *install);
 
@@ -2325,7 +2469,7 @@ KVN_API int32_t kvn_install_uploaded_certificate(kvn_device_conn *conn, const kv
  * @par Request: set (0x00010002), command 1006.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 a name too long for the 1024-byte request (nothing is sent), or an answer as long as the request or longer.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_uninstall_user_certificate(kvn_device_conn *conn, const char *name);
 
@@ -2336,15 +2480,18 @@ KVN_API int32_t kvn_uninstall_user_certificate(kvn_device_conn *conn, const char
  * @par Request: set (0x00010002), command 1006.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 a name too long for the 1024-byte request (nothing is sent), or an answer as long as the request or longer.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_uninstall_ca_certificate(kvn_device_conn *conn, const char *name);
 
-/* @@NETWORK@@ (end of section) */
+/** @} */
 
 /* ------------------------------------------------------------------------- */
 /* Specific-purpose I/O, time attendance, job codes, VoIP and schedules */
 /* ------------------------------------------------------------------------- */
+
+/** @addtogroup settings
+ * @{ */
 
 /** Output entries of the specific-purpose output settings (command 113). */
 #define KVN_SPECIFIC_PURPOSE_OUTPUT_COUNT 9
@@ -2358,6 +2505,12 @@ KVN_API int32_t kvn_uninstall_ca_certificate(kvn_device_conn *conn, const char *
 #define KVN_JOB_CODE_COUNT 32
 /** Contacts of a kvn_voip_contact_list (command 145). */
 #define KVN_VOIP_CONTACT_COUNT 10
+
+/** @} */
+
+/** @addtogroup schedules
+ * @{ */
+
 /** Weekdays of a week or access schedule, index 0 to 6. */
 #define KVN_WEEKDAY_COUNT 7
 /** Holiday schedules of a kvn_holiday_schedule_table (command 106). */
@@ -2368,6 +2521,11 @@ KVN_API int32_t kvn_uninstall_ca_certificate(kvn_device_conn *conn, const char *
 #define KVN_ACCESS_SCHEDULE_COUNT 64
 /** Bytes of a schedule or holiday name field; a name read back has no NUL added. */
 #define KVN_SCHEDULE_NAME 51
+
+/** @} */
+
+/** @addtogroup settings
+ * @{ */
 
 /* Fields are named by the tag that carries them; their meaning is the terminal's. */
 /** Specific-purpose input settings (command 112): three inputs of three fields each. */
@@ -2469,6 +2627,11 @@ typedef struct kvn_voip_contact_list {
 } kvn_voip_contact_list;
 KVN_RECORD_SIZE(kvn_voip_contact_list, 480, 480);
 
+/** @} */
+
+/** @addtogroup schedules
+ * @{ */
+
 /** One weekday of a schedule: eight one-byte values, each its own element. */
 typedef struct kvn_day_schedule {
     uint8_t slots[8];  /* week schedule: tags 4 to 11; access schedule: tags 10 to 17 */
@@ -2533,6 +2696,11 @@ typedef struct kvn_access_schedule_name_list {
 } kvn_access_schedule_name_list;
 KVN_RECORD_SIZE(kvn_access_schedule_name_list, 3264, 3264);
 
+/** @} */
+
+/** @addtogroup settings
+ * @{ */
+
 /**
  * Writes the specific-purpose input settings: tags 2, 3, 1, 5, 6, 4, 8, 9, 7 (45 bytes).
  * @param[in] conn     open connection.
@@ -2540,7 +2708,7 @@ KVN_RECORD_SIZE(kvn_access_schedule_name_list, 3264, 3264);
  * @par Request: set (0x00010002), command 112.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_specific_purpose_input_setting(kvn_device_conn *conn, const kvn_specific_purpose_input_setting *setting);
 
@@ -2551,7 +2719,7 @@ KVN_API int32_t kvn_set_specific_purpose_input_setting(kvn_device_conn *conn, co
  * @par Request: get (0x00020002), command 112.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_specific_purpose_input_setting(kvn_device_conn *conn, kvn_specific_purpose_input_setting *setting);
 
@@ -2561,7 +2729,7 @@ KVN_API int32_t kvn_get_specific_purpose_input_setting(kvn_device_conn *conn, kv
  * @par Request: reset (0x00030002), command 112.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_specific_purpose_input_setting(kvn_device_conn *conn);
 
@@ -2573,7 +2741,7 @@ KVN_API int32_t kvn_reset_specific_purpose_input_setting(kvn_device_conn *conn);
  * @par Request: set (0x00010002), command 113.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_specific_purpose_output_setting(kvn_device_conn *conn, const kvn_specific_purpose_output_setting *setting);
 
@@ -2585,7 +2753,7 @@ KVN_API int32_t kvn_set_specific_purpose_output_setting(kvn_device_conn *conn, c
  * @par Request: get (0x00020002), command 113.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_specific_purpose_output_setting(kvn_device_conn *conn, kvn_specific_purpose_output_setting *setting);
 
@@ -2595,7 +2763,7 @@ KVN_API int32_t kvn_get_specific_purpose_output_setting(kvn_device_conn *conn, k
  * @par Request: reset (0x00030002), command 113.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_specific_purpose_output_setting(kvn_device_conn *conn);
 
@@ -2607,7 +2775,7 @@ KVN_API int32_t kvn_reset_specific_purpose_output_setting(kvn_device_conn *conn)
  * @par Request: set (0x00010002), command 109.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_time_attendance_setting(kvn_device_conn *conn, const kvn_time_attendance_setting *setting);
 
@@ -2620,7 +2788,7 @@ KVN_API int32_t kvn_set_time_attendance_setting(kvn_device_conn *conn, const kvn
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1009 an item number above 16; decoding stops, what came before stays stored.
  * @retval -1 malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_time_attendance_setting(kvn_device_conn *conn, kvn_time_attendance_setting *setting);
 
@@ -2630,7 +2798,7 @@ KVN_API int32_t kvn_get_time_attendance_setting(kvn_device_conn *conn, kvn_time_
  * @par Request: reset (0x00030002), command 109.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_time_attendance_setting(kvn_device_conn *conn);
 
@@ -2642,7 +2810,7 @@ KVN_API int32_t kvn_reset_time_attendance_setting(kvn_device_conn *conn);
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1023 a repeated id ("JobCode ID must be unique").
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_job_code_list(kvn_device_conn *conn, const kvn_job_code_list *list);
 
@@ -2654,7 +2822,7 @@ KVN_API int32_t kvn_set_job_code_list(kvn_device_conn *conn, const kvn_job_code_
  * @par Request: get (0x00020002), command 146.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_job_code_list(kvn_device_conn *conn, kvn_job_code_list *list);
 
@@ -2664,7 +2832,7 @@ KVN_API int32_t kvn_get_job_code_list(kvn_device_conn *conn, kvn_job_code_list *
  * @par Request: reset (0x00030002), command 146.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_job_code_list(kvn_device_conn *conn);
 
@@ -2676,7 +2844,7 @@ KVN_API int32_t kvn_reset_job_code_list(kvn_device_conn *conn);
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -4033 a VoIP call is running.
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_voip_setting(kvn_device_conn *conn, const kvn_voip_setting *setting);
 
@@ -2688,7 +2856,7 @@ KVN_API int32_t kvn_set_voip_setting(kvn_device_conn *conn, const kvn_voip_setti
  * @par Request: get (0x00020002), command 142.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_voip_setting(kvn_device_conn *conn, kvn_voip_setting *setting);
 
@@ -2699,7 +2867,7 @@ KVN_API int32_t kvn_get_voip_setting(kvn_device_conn *conn, kvn_voip_setting *se
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -4033 a VoIP call is running.
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_voip_setting(kvn_device_conn *conn);
 
@@ -2713,7 +2881,7 @@ KVN_API int32_t kvn_reset_voip_setting(kvn_device_conn *conn);
  * @retval -1022 a repeated VoIP id.
  * @retval -1 no memory for the 204800-byte exchange buffer (nothing is sent), or an
  *            answer of 204800 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_voip_contact_list(kvn_device_conn *conn, const kvn_voip_contact_list *list);
 
@@ -2725,7 +2893,7 @@ KVN_API int32_t kvn_set_voip_contact_list(kvn_device_conn *conn, const kvn_voip_
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 no memory for the 204800-byte exchange buffer (nothing is sent), a malformed
  *            answer, or one of 204800 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_voip_contact_list(kvn_device_conn *conn, kvn_voip_contact_list *list);
 
@@ -2735,7 +2903,7 @@ KVN_API int32_t kvn_get_voip_contact_list(kvn_device_conn *conn, kvn_voip_contac
  * @par Request: reset (0x00030002), command 145.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_voip_contact_list(kvn_device_conn *conn);
 
@@ -2746,9 +2914,14 @@ KVN_API int32_t kvn_reset_voip_contact_list(kvn_device_conn *conn);
  * @par Request: get (0x00020002), command 147.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_voip_default_contact(kvn_device_conn *conn, kvn_voip_contact *contact);
+
+/** @} */
+
+/** @addtogroup schedules
+ * @{ */
 
 /**
  * Writes the biometric week schedule: tag 1, then always all seven weekdays (237 bytes).
@@ -2757,7 +2930,7 @@ KVN_API int32_t kvn_get_voip_default_contact(kvn_device_conn *conn, kvn_voip_con
  * @par Request: set (0x00010002), command 107.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_biometric_schedule_setting(kvn_device_conn *conn, const kvn_week_schedule *schedule);
 
@@ -2769,7 +2942,7 @@ KVN_API int32_t kvn_set_biometric_schedule_setting(kvn_device_conn *conn, const 
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1009 a weekday of 7 or more; decoding stops, what came before stays stored.
  * @retval -1 malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_biometric_schedule_setting(kvn_device_conn *conn, kvn_week_schedule *schedule);
 
@@ -2779,7 +2952,7 @@ KVN_API int32_t kvn_get_biometric_schedule_setting(kvn_device_conn *conn, kvn_we
  * @par Request: reset (0x00030002), command 107.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_biometric_schedule_setting(kvn_device_conn *conn);
 
@@ -2791,7 +2964,7 @@ KVN_API int32_t kvn_reset_biometric_schedule_setting(kvn_device_conn *conn);
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -4034 the door-open schedule is already active.
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_door_open_schedule_setting(kvn_device_conn *conn, const kvn_week_schedule *schedule);
 
@@ -2803,7 +2976,7 @@ KVN_API int32_t kvn_set_door_open_schedule_setting(kvn_device_conn *conn, const 
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1009 a weekday of 7 or more; decoding stops, what came before stays stored.
  * @retval -1 malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_door_open_schedule_setting(kvn_device_conn *conn, kvn_week_schedule *schedule);
 
@@ -2813,7 +2986,7 @@ KVN_API int32_t kvn_get_door_open_schedule_setting(kvn_device_conn *conn, kvn_we
  * @par Request: reset (0x00030002), command 155.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_door_open_schedule_setting(kvn_device_conn *conn);
 
@@ -2828,7 +3001,7 @@ KVN_API int32_t kvn_reset_door_open_schedule_setting(kvn_device_conn *conn);
  * @retval -1006 the low byte of @p index is 64 or more; nothing is sent.
  * @retval -1 no memory for the 204800-byte exchange buffer (nothing is sent), or an answer
  *            of 204800 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_single_holiday_schedule_setting(kvn_device_conn *conn, const kvn_holiday_schedule_table *table, uint32_t index);
 
@@ -2840,7 +3013,7 @@ KVN_API int32_t kvn_set_single_holiday_schedule_setting(kvn_device_conn *conn, c
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 no memory for the 204800-byte exchange buffer, or schedules too large for it
  *            (nothing is sent in either case); an answer of 204800 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_all_holiday_schedule_setting(kvn_device_conn *conn, const kvn_holiday_schedule_table *table);
 
@@ -2854,7 +3027,7 @@ KVN_API int32_t kvn_set_all_holiday_schedule_setting(kvn_device_conn *conn, cons
  *               stops, what came before stays stored.
  * @retval -1 no memory for the 204800-byte exchange buffer (nothing is sent), a malformed
  *            answer, or one of 204800 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_all_holiday_schedule_setting(kvn_device_conn *conn, kvn_holiday_schedule_table *table);
 
@@ -2865,7 +3038,7 @@ KVN_API int32_t kvn_get_all_holiday_schedule_setting(kvn_device_conn *conn, kvn_
  * @par Request: reset (0x00030002), command 106.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_holiday_schedule_setting(kvn_device_conn *conn, uint32_t index);
 
@@ -2878,7 +3051,7 @@ KVN_API int32_t kvn_reset_holiday_schedule_setting(kvn_device_conn *conn, uint32
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 no memory for the 204800-byte exchange buffer (nothing is sent), or an answer
  *            of 204800 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_all_access_schedule_setting(kvn_device_conn *conn, const kvn_access_schedule_table *table);
 
@@ -2892,7 +3065,7 @@ KVN_API int32_t kvn_set_all_access_schedule_setting(kvn_device_conn *conn, const
  *               what came before stays stored.
  * @retval -1 no memory for the 204800-byte exchange buffer (nothing is sent), a malformed
  *            answer, or one of 204800 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_all_access_schedule_setting(kvn_device_conn *conn, kvn_access_schedule_table *table);
 
@@ -2903,7 +3076,7 @@ KVN_API int32_t kvn_get_all_access_schedule_setting(kvn_device_conn *conn, kvn_a
  * @par Request: reset (0x00030002), command 105.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_access_schedule_setting(kvn_device_conn *conn, uint32_t index);
 
@@ -2916,15 +3089,18 @@ KVN_API int32_t kvn_reset_access_schedule_setting(kvn_device_conn *conn, uint32_
  * @retval -1009 an index of 64 or more; decoding stops, the names before it stay stored.
  * @retval -1 no memory for the 51200-byte exchange buffer (nothing is sent), a malformed
  *            answer, or one of 51200 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_access_schedule_list(kvn_device_conn *conn, kvn_access_schedule_name_list *list);
 
-/* @@TABLES@@ (end of section) */
+/** @} */
 
 /* ------------------------------------------------------------------------- */
 /* Users, enrolment, identification, verification and smart-card operations */
 /* ------------------------------------------------------------------------- */
+
+/** @addtogroup users
+ * @{ */
 
 /* Fields named attr_tNN, text_tNN and data_tNN are named by the tag that carries them;
  * the library passes them through without giving them a meaning. */
@@ -2939,8 +3115,19 @@ KVN_API int32_t kvn_get_access_schedule_list(kvn_device_conn *conn, kvn_access_s
 #define KVN_ENROLLMENT_DATA_SIZE 512000
 /** Sample bytes of an identification request. */
 #define KVN_IDENTIFY_SAMPLE_SIZE 204800
+
+/** @} */
+
+/** @addtogroup cards
+ * @{ */
+
 /** Entries of a revoked-card list: as many as its one-byte count can name. */
 #define KVN_REVOKED_CARD_COUNT 256
+
+/** @} */
+
+/** @addtogroup users
+ * @{ */
 
 /** One biometric template slot of a user record (1580 bytes). */
 typedef struct kvn_user_template {
@@ -3067,6 +3254,11 @@ typedef struct kvn_verify_user_record_request {
 } kvn_verify_user_record_request;
 KVN_RECORD_SIZE(kvn_verify_user_record_request, 24, 24);
 
+/** @} */
+
+/** @addtogroup cards
+ * @{ */
+
 /** What a smart card holds (16300 bytes). */
 typedef struct kvn_smart_card_data {
     uint8_t serial[64];    /* tag 12: at most 64 bytes */
@@ -3091,6 +3283,11 @@ typedef struct kvn_revoked_card_list {
 } kvn_revoked_card_list;
 KVN_RECORD_SIZE(kvn_revoked_card_list, 16387, 16387);
 
+/** @} */
+
+/** @addtogroup users
+ * @{ */
+
 /**
  * Stores a user record with its templates.
  * @param[in] conn         open connection.
@@ -3100,7 +3297,7 @@ KVN_RECORD_SIZE(kvn_revoked_card_list, 16387, 16387);
  * @retval -14 the answer carried a payload: the store was refused, the details are in the result.
  * @retval -1 null argument; a count or length beyond its array, or a record over 20480 bytes (nothing
  *         is sent); a malformed answer.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_store_user_record(kvn_device_conn *conn, kvn_user_store_request *request);
 
@@ -3112,7 +3309,7 @@ KVN_API int32_t kvn_store_user_record(kvn_device_conn *conn, kvn_user_store_requ
  * @par Request: get (0x00020002), command 7.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 null record, malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_user_record(kvn_device_conn *conn, kvn_user_record *record);
 
@@ -3124,7 +3321,7 @@ KVN_API int32_t kvn_get_user_record(kvn_device_conn *conn, kvn_user_record *reco
  * @par Request: reset (0x00030002), command 7.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 null record, malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_delete_user_record(kvn_device_conn *conn, kvn_user_record *record);
 
@@ -3135,7 +3332,7 @@ KVN_API int32_t kvn_delete_user_record(kvn_device_conn *conn, kvn_user_record *r
  * @par Request: get (0x00020002), command 8.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 null count, malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_user_count(kvn_device_conn *conn, uint32_t *count);
 
@@ -3146,7 +3343,7 @@ KVN_API int32_t kvn_get_user_count(kvn_device_conn *conn, uint32_t *count);
  * @par Request: get (0x00020002), command 508.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 null count, malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_biometric_count(kvn_device_conn *conn, uint32_t *count);
 
@@ -3158,7 +3355,7 @@ KVN_API int32_t kvn_get_biometric_count(kvn_device_conn *conn, uint32_t *count);
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 null argument or finger_index_count outside 0 to 10 (nothing is sent); an answer of
  *         20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_delete_user_templete_indexes(kvn_device_conn *conn, const kvn_user_template_indexes *indexes);
 
@@ -3171,7 +3368,7 @@ KVN_API int32_t kvn_delete_user_templete_indexes(kvn_device_conn *conn, const kv
  * @return 0 when it does, the terminal's status (returned unchanged), or:
  * @retval -1 null user id or a request over 1024 bytes (nothing is sent); an answer of 1024 bytes
  *         or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_user_validate_user_id_finger_index(kvn_device_conn *conn, const char *user_id,
                                                        uint8_t finger_index);
@@ -3188,7 +3385,7 @@ KVN_API int32_t kvn_user_validate_user_id_finger_index(kvn_device_conn *conn, co
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 null argument or a request over 1024 bytes (nothing is sent); an answer of 1024 bytes
  *         or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_user_update_biometric_template(kvn_device_conn *conn, const char *user_id, uint8_t finger_index,
                                                    const void *template_data, uint32_t length);
@@ -3200,7 +3397,7 @@ KVN_API int32_t kvn_user_update_biometric_template(kvn_device_conn *conn, const 
  * @par Request: get (0x00020002), command 1.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 null request, malformed answer, or one of 512000 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_enrollment(kvn_device_conn *conn, kvn_enrollment_request *request);
 
@@ -3212,7 +3409,7 @@ KVN_API int32_t kvn_enrollment(kvn_device_conn *conn, kvn_enrollment_request *re
  * @par Request: get (0x00020002), command 15.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 null request, malformed answer, or one of 512000 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_enrollment_with_duplicate_identify(kvn_device_conn *conn, kvn_enrollment_request *request);
 
@@ -3223,7 +3420,7 @@ KVN_API int32_t kvn_enrollment_with_duplicate_identify(kvn_device_conn *conn, kv
  * @par Request: get (0x00020002), command 6.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 null request, malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_identify_user(kvn_device_conn *conn, kvn_identify_request *request);
 
@@ -3236,7 +3433,7 @@ KVN_API int32_t kvn_identify_user(kvn_device_conn *conn, kvn_identify_request *r
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 null request, a length beyond its array or a request over 204800 bytes (nothing is
  *         sent); a malformed answer, or one of 204800 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_identify_user_with_biometric_template(kvn_device_conn *conn, kvn_identify_request *request);
 
@@ -3248,7 +3445,7 @@ KVN_API int32_t kvn_identify_user_with_biometric_template(kvn_device_conn *conn,
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 null request or template, a request over 20480 bytes (nothing is sent); a malformed
  *         answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_verify_by_template(kvn_device_conn *conn, kvn_verify_template_request *request);
 
@@ -3259,7 +3456,7 @@ KVN_API int32_t kvn_verify_by_template(kvn_device_conn *conn, kvn_verify_templat
  * @par Request: get (0x00020002), command 4.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 null request, malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_verify_by_user_id(kvn_device_conn *conn, kvn_verify_user_id_request *request);
 
@@ -3272,9 +3469,14 @@ KVN_API int32_t kvn_verify_by_user_id(kvn_device_conn *conn, kvn_verify_user_id_
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 null argument, a count or length beyond its array or a record over 20480 bytes
  *         (nothing is sent); a malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_verify_by_user_record(kvn_device_conn *conn, kvn_verify_user_record_request *request);
+
+/** @} */
+
+/** @addtogroup cards
+ * @{ */
 
 /**
  * Secures the smart card presented to the terminal.
@@ -3282,7 +3484,7 @@ KVN_API int32_t kvn_verify_by_user_record(kvn_device_conn *conn, kvn_verify_user
  * @par Request: set (0x00010002), command 906, no payload.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_secure_smart_card(kvn_device_conn *conn);
 
@@ -3292,7 +3494,7 @@ KVN_API int32_t kvn_secure_smart_card(kvn_device_conn *conn);
  * @par Request: set (0x00010002), command 907, no payload.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_format_desfire_card(kvn_device_conn *conn);
 
@@ -3305,7 +3507,7 @@ KVN_API int32_t kvn_format_desfire_card(kvn_device_conn *conn);
  * @return 0 on success or the last user record's decoding result, the terminal's status
  *         (returned unchanged), or:
  * @retval -1 null data, malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_read_data_on_smart_card(kvn_device_conn *conn, kvn_smart_card_data *data);
 
@@ -3318,7 +3520,7 @@ KVN_API int32_t kvn_read_data_on_smart_card(kvn_device_conn *conn, kvn_smart_car
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 null argument, a payload over the frame's bound (nothing is sent), or an answer of
  *         1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_write_data_on_smart_card(kvn_device_conn *conn, const kvn_smart_card_raw_data *data);
 
@@ -3332,7 +3534,7 @@ KVN_API int32_t kvn_write_data_on_smart_card(kvn_device_conn *conn, const kvn_sm
  * @retval -2020 the user id holds another character (nothing is sent).
  * @retval -1 null record, a count or length beyond its array, or a record over 20480 bytes
  *         (nothing is sent); an answer of 204800 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_write_user_record_on_smart_card(kvn_device_conn *conn, const kvn_user_record *record);
 
@@ -3342,7 +3544,7 @@ KVN_API int32_t kvn_write_user_record_on_smart_card(kvn_device_conn *conn, const
  * @par Request: reset (0x00030002), command 905, no payload.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_smart_card(kvn_device_conn *conn);
 
@@ -3353,7 +3555,7 @@ KVN_API int32_t kvn_reset_smart_card(kvn_device_conn *conn);
  * @par Request: set (0x00010002), command 910.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 null card_id, or an answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_revoke_smart_card(kvn_device_conn *conn, const uint8_t *card_id);
 
@@ -3364,7 +3566,7 @@ KVN_API int32_t kvn_revoke_smart_card(kvn_device_conn *conn, const uint8_t *card
  * @par Request: reset (0x00030002), command 910.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 null card_id, or an answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_unrevoke_smart_card(kvn_device_conn *conn, const uint8_t *card_id);
 
@@ -3375,7 +3577,7 @@ KVN_API int32_t kvn_unrevoke_smart_card(kvn_device_conn *conn, const uint8_t *ca
  * @par Request: get (0x00020002), command 911.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 null count, malformed answer, or one of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_revoked_smart_card_count(kvn_device_conn *conn, uint32_t *count);
 
@@ -3387,15 +3589,18 @@ KVN_API int32_t kvn_get_revoked_smart_card_count(kvn_device_conn *conn, uint32_t
  * @par Request: get (0x00020002), command 910.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 null list, malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_revoked_smart_card_list(kvn_device_conn *conn, kvn_revoked_card_list *list);
 
-/* @@USERS@@ (end of section) */
+/** @} */
 
 /* ------------------------------------------------------------------------- */
 /* Transaction logs, file and firmware transfer, user groups */
 /* ------------------------------------------------------------------------- */
+
+/** @addtogroup logs
+ * @{ */
 
 /* Transaction logs (commands 401 to 413). A read answers one tag-1 container per
  * entry; the library does not page by itself: a caller steers further reads with the
@@ -3458,7 +3663,7 @@ KVN_RECORD_SIZE(kvn_transaction_log_id_list, 1024, 1024);
  * @par Request: get (0x00020002), command 405.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_transaction_log_total_count(kvn_device_conn *conn, uint32_t *count);
 
@@ -3469,7 +3674,7 @@ KVN_API int32_t kvn_get_transaction_log_total_count(kvn_device_conn *conn, uint3
  * @par Request: get (0x00020002), command 406.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_transaction_log_unread_count(kvn_device_conn *conn, uint32_t *count);
 
@@ -3480,7 +3685,7 @@ KVN_API int32_t kvn_get_transaction_log_unread_count(kvn_device_conn *conn, uint
  * @par Request: get (0x00020002), command 407.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_transaction_log_read_count(kvn_device_conn *conn, uint32_t *count);
 
@@ -3491,7 +3696,7 @@ KVN_API int32_t kvn_get_transaction_log_read_count(kvn_device_conn *conn, uint32
  * @par Request: get (0x00020002), command 408.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 request did not fit (nothing sent), malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_transaction_log_count_for_date(kvn_device_conn *conn, kvn_transaction_log_query *query);
 
@@ -3502,7 +3707,7 @@ KVN_API int32_t kvn_get_transaction_log_count_for_date(kvn_device_conn *conn, kv
  * @par Request: get (0x00020002), command 411.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 request did not fit (nothing sent), malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_transaction_log_count_for_criteria(kvn_device_conn *conn, kvn_transaction_log_query *query);
 
@@ -3515,7 +3720,7 @@ KVN_API int32_t kvn_get_transaction_log_count_for_criteria(kvn_device_conn *conn
  * @par Request: get (0x00020002), command 401.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 request did not fit (nothing sent), malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_transaction_logs(kvn_device_conn *conn, kvn_transaction_log_query *query);
 
@@ -3526,7 +3731,7 @@ KVN_API int32_t kvn_get_transaction_logs(kvn_device_conn *conn, kvn_transaction_
  * @par Request: get (0x00020002), command 402.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 request did not fit (nothing sent), malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_unread_transaction_logs(kvn_device_conn *conn, kvn_transaction_log_query *query);
 
@@ -3537,7 +3742,7 @@ KVN_API int32_t kvn_get_unread_transaction_logs(kvn_device_conn *conn, kvn_trans
  * @par Request: get (0x00020002), command 403.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 request did not fit (nothing sent), malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_read_transaction_logs(kvn_device_conn *conn, kvn_transaction_log_query *query);
 
@@ -3548,7 +3753,7 @@ KVN_API int32_t kvn_get_read_transaction_logs(kvn_device_conn *conn, kvn_transac
  * @par Request: get (0x00020002), command 404.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 request did not fit (nothing sent), malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_transaction_logs_for_date(kvn_device_conn *conn, kvn_transaction_log_query *query);
 
@@ -3559,7 +3764,7 @@ KVN_API int32_t kvn_get_transaction_logs_for_date(kvn_device_conn *conn, kvn_tra
  * @par Request: get (0x00020002), command 412.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 request did not fit (nothing sent), malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_transaction_logs_for_criteria(kvn_device_conn *conn, kvn_transaction_log_query *query);
 
@@ -3570,7 +3775,7 @@ KVN_API int32_t kvn_get_transaction_logs_for_criteria(kvn_device_conn *conn, kvn
  * @par Request: set (0x00010002), command 409.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_mark_transaction_log_as_read(kvn_device_conn *conn, uint32_t log_id);
 
@@ -3582,7 +3787,7 @@ KVN_API int32_t kvn_mark_transaction_log_as_read(kvn_device_conn *conn, uint32_t
  * @par Request: set (0x00010002), command 409.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_mark_transaction_logs_as_read(kvn_device_conn *conn, const kvn_transaction_log_id_list *ids);
 
@@ -3593,7 +3798,7 @@ KVN_API int32_t kvn_mark_transaction_logs_as_read(kvn_device_conn *conn, const k
  * @par Request: get (0x00020002), command 410.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_mark_transaction_log_as_online(kvn_device_conn *conn, uint32_t log_id);
 
@@ -3603,9 +3808,14 @@ KVN_API int32_t kvn_mark_transaction_log_as_online(kvn_device_conn *conn, uint32
  * @par Request: reset (0x00030002), command 413.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_delete_all_transaction_logs(kvn_device_conn *conn);
+
+/** @} */
+
+/** @addtogroup files
+ * @{ */
 
 /* File transfer (command 120): a start exchange (request type 4 or 5), then one exchange
  * per packet of at most 65536 bytes (types 1 and 2). Local files are read and created
@@ -3634,7 +3844,7 @@ KVN_RECORD_SIZE(kvn_file_transfer_request, 272, 272);
  * @return 0 on success, the status of the last exchange, or:
  * @retval -13 the local file cannot be sized or opened, is 4 GiB or more, or reads short.
  * @retval -1 request did not fit, malformed start answer, or an answer of 204800 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_upload_file(kvn_device_conn *conn, const kvn_file_transfer_request *request);
 
@@ -3652,7 +3862,7 @@ KVN_API int32_t kvn_upload_file(kvn_device_conn *conn, const kvn_file_transfer_r
  * @retval -13 the local file cannot be created, or a write is short.
  * @retval -1 request did not fit, malformed answer, a packet of more than 65536 bytes, or an
  *            answer of 204800 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_download_file(kvn_device_conn *conn, const kvn_file_transfer_request *request);
 
@@ -3663,7 +3873,7 @@ KVN_API int32_t kvn_download_file(kvn_device_conn *conn, const kvn_file_transfer
  * @par Request: reset (0x00030002), command 120.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 request did not fit 1024 bytes (nothing sent), or an answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_delete_file(kvn_device_conn *conn, const kvn_file_transfer_request *request);
 
@@ -3673,7 +3883,7 @@ KVN_API int32_t kvn_delete_file(kvn_device_conn *conn, const kvn_file_transfer_r
  * @par Request: set (0x00010002), command 601.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_upgrade_firware(kvn_device_conn *conn);
 
@@ -3683,7 +3893,7 @@ KVN_API int32_t kvn_upgrade_firware(kvn_device_conn *conn);
  * @par Request: set (0x00010002), command 601.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_restore_backup_file(kvn_device_conn *conn);
 
@@ -3694,7 +3904,7 @@ KVN_API int32_t kvn_restore_backup_file(kvn_device_conn *conn);
  * @par Request: get (0x00020002), command 601.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 @p name is NULL or does not fit 1024 bytes (nothing sent), or an answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_upgrade_firware_export_csv_file(kvn_device_conn *conn, const char *name);
 
@@ -3705,9 +3915,14 @@ KVN_API int32_t kvn_upgrade_firware_export_csv_file(kvn_device_conn *conn, const
  * @par Request: set (0x00010002), command 601.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 @p name is NULL or does not fit 1024 bytes (nothing sent), or an answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_upgrade_firware_import_csv_file(kvn_device_conn *conn, const char *name);
+
+/** @} */
+
+/** @addtogroup users
+ * @{ */
 
 /* User groups (commands 10 to 12) and the users' display image (command 156). */
 
@@ -3738,7 +3953,7 @@ KVN_RECORD_SIZE(kvn_user_group_page, 2812, 2812);
  * @par Request: set (0x00010002), command 10.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_store_user_group(kvn_device_conn *conn, kvn_user_group *group);
 
@@ -3749,7 +3964,7 @@ KVN_API int32_t kvn_store_user_group(kvn_device_conn *conn, kvn_user_group *grou
  * @par Request: reset (0x00030002), command 10.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_delete_user_group(kvn_device_conn *conn, kvn_user_group *group);
 
@@ -3762,7 +3977,7 @@ KVN_API int32_t kvn_delete_user_group(kvn_device_conn *conn, kvn_user_group *gro
  * @par Request: get (0x00020002), command 10.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 204800 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_retrieve_user_group(kvn_device_conn *conn, kvn_user_group_page *page);
 
@@ -3773,7 +3988,7 @@ KVN_API int32_t kvn_retrieve_user_group(kvn_device_conn *conn, kvn_user_group_pa
  * @par Request: get (0x00020002), command 11.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 20480 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_total_user_group_count(kvn_device_conn *conn, uint32_t *count);
 
@@ -3783,7 +3998,7 @@ KVN_API int32_t kvn_get_total_user_group_count(kvn_device_conn *conn, uint32_t *
  * @par Request: reset (0x00030002), command 12.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_delete_all_user_group(kvn_device_conn *conn);
 
@@ -3794,7 +4009,7 @@ KVN_API int32_t kvn_delete_all_user_group(kvn_device_conn *conn);
  * @par Request: set (0x00010002), command 156.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_store_user_display_image_setting(kvn_device_conn *conn, uint32_t value);
 
@@ -3805,7 +4020,7 @@ KVN_API int32_t kvn_store_user_display_image_setting(kvn_device_conn *conn, uint
  * @par Request: get (0x00020002), command 156.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_retrieve_user_display_image_setting(kvn_device_conn *conn, uint32_t *value);
 
@@ -3815,9 +4030,14 @@ KVN_API int32_t kvn_retrieve_user_display_image_setting(kvn_device_conn *conn, u
  * @par Request: reset (0x00030002), command 156.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_user_display_image_setting(kvn_device_conn *conn);
+
+/** @} */
+
+/** @addtogroup extensions
+ * @{ */
 
 /* Library extension: file transfer with progress and cancel. Unlike kvn_upload_file()
  * and kvn_download_file(), any failed packet ends the transfer with its status. */
@@ -3845,7 +4065,7 @@ typedef int32_t (*kvn_ext_progress_fn)(const kvn_ext_transfer_progress *progress
  * @return 0 on success, the first failing exchange's status, the callback's non-zero value, or:
  * @retval -13 the local file cannot be sized or opened, is 4 GiB or more, or reads short.
  * @retval -1 request did not fit, malformed start answer, or an answer of 204800 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_ext_upload_file(kvn_device_conn *conn, const kvn_file_transfer_request *request,
                                     kvn_ext_progress_fn progress, void *context);
@@ -3861,16 +4081,19 @@ KVN_API int32_t kvn_ext_upload_file(kvn_device_conn *conn, const kvn_file_transf
  * @retval -13 the local file cannot be created, or a write is short.
  * @retval -1 request did not fit, malformed answer, a packet of more than 65536 bytes, or an
  *            answer of 204800 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_ext_download_file(kvn_device_conn *conn, const kvn_file_transfer_request *request,
                                       kvn_ext_progress_fn progress, void *context);
 
-/* @@LOGS@@ (end of section) */
+/** @} */
 
 /* ------------------------------------------------------------------------- */
 /* Card reading and layouts, card server and preference, Wiegand formats and ports */
 /* ------------------------------------------------------------------------- */
+
+/** @addtogroup cards
+ * @{ */
 
 /* Every function of this section works in a 1024-byte buffer: an answer of 1024 bytes
  * or more gives -1. Reads store only the fields the answer carries and never clear the
@@ -3882,12 +4105,23 @@ KVN_API int32_t kvn_ext_download_file(kvn_device_conn *conn, const kvn_file_tran
 #define KVN_CARD_LAYOUT_SIZE 255
 /** Bytes of the SRL server text. */
 #define KVN_SRL_SERVER_SIZE 1024
+
+/** @} */
+
+/** @addtogroup wiegand
+ * @{ */
+
 /** Parity definitions of each kind a Wiegand format holds. */
 #define KVN_WIEGAND_PARITY_MAX 4
 /** Formats a kvn_wiegand_format_list holds. */
 #define KVN_WIEGAND_FORMAT_LIST_MAX 20
 /** Input settings a kvn_multi_wiegand_input_setting carries. */
 #define KVN_MULTI_WIEGAND_INPUTS 5
+
+/** @} */
+
+/** @addtogroup cards
+ * @{ */
 
 /** The card at the reader (command 901). */
 typedef struct kvn_card_serial_number {
@@ -3957,6 +4191,11 @@ typedef struct kvn_srl_server_settings {
     char server[KVN_SRL_SERVER_SIZE]; /* tag 2: sent up to its NUL, even empty; a read copies up to 1024 bytes, not terminated */
 } kvn_srl_server_settings;
 KVN_RECORD_SIZE(kvn_srl_server_settings, 1032, 1032);
+
+/** @} */
+
+/** @addtogroup wiegand
+ * @{ */
 
 /** A Wiegand format (commands 701 and 704). Which fields go out depends on wiegand_type. */
 typedef struct kvn_wiegand_format {
@@ -4030,6 +4269,11 @@ typedef struct kvn_multi_wiegand_input_setting {
 } kvn_multi_wiegand_input_setting;
 KVN_RECORD_SIZE(kvn_multi_wiegand_input_setting, 92, 92);
 
+/** @} */
+
+/** @addtogroup cards
+ * @{ */
+
 /**
  * Reads the serial number of the card at the reader.
  * @param[in] conn   open connection.
@@ -4037,7 +4281,7 @@ KVN_RECORD_SIZE(kvn_multi_wiegand_input_setting, 92, 92);
  * @par Request: get (0x00020002), command 901.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_read_card_serial_number(kvn_device_conn *conn, kvn_card_serial_number *card);
 
@@ -4048,7 +4292,7 @@ KVN_API int32_t kvn_read_card_serial_number(kvn_device_conn *conn, kvn_card_seri
  * @par Request: get (0x00020002), command 703.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_read_prox_card_serial_number(kvn_device_conn *conn, uint8_t *serial /* [KVN_CARD_SERIAL_SIZE] */);
 
@@ -4059,7 +4303,7 @@ KVN_API int32_t kvn_read_prox_card_serial_number(kvn_device_conn *conn, uint8_t 
  * @par Request: set (0x00010002), command 902.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_csn_setting(kvn_device_conn *conn, const kvn_csn_setting *setting);
 
@@ -4070,7 +4314,7 @@ KVN_API int32_t kvn_set_csn_setting(kvn_device_conn *conn, const kvn_csn_setting
  * @par Request: get (0x00020002), command 902.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_csn_setting(kvn_device_conn *conn, kvn_csn_setting *setting);
 
@@ -4080,7 +4324,7 @@ KVN_API int32_t kvn_get_csn_setting(kvn_device_conn *conn, kvn_csn_setting *sett
  * @par Request: reset (0x00030002), command 902.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_csn_setting(kvn_device_conn *conn);
 
@@ -4091,7 +4335,7 @@ KVN_API int32_t kvn_reset_csn_setting(kvn_device_conn *conn);
  * @par Request: set (0x00010002), command 917.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_pacs_setting(kvn_device_conn *conn, uint32_t value);
 
@@ -4102,7 +4346,7 @@ KVN_API int32_t kvn_set_pacs_setting(kvn_device_conn *conn, uint32_t value);
  * @par Request: get (0x00020002), command 917.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_pacs_setting(kvn_device_conn *conn, uint32_t *value);
 
@@ -4112,7 +4356,7 @@ KVN_API int32_t kvn_get_pacs_setting(kvn_device_conn *conn, uint32_t *value);
  * @par Request: reset (0x00030002), command 917.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_pacs_setting(kvn_device_conn *conn);
 
@@ -4123,7 +4367,7 @@ KVN_API int32_t kvn_reset_pacs_setting(kvn_device_conn *conn);
  * @par Request: set (0x00010002), command 903.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_smart_card_access_keys(kvn_device_conn *conn, const kvn_smart_card_access_keys *keys);
 
@@ -4133,7 +4377,7 @@ KVN_API int32_t kvn_set_smart_card_access_keys(kvn_device_conn *conn, const kvn_
  * @par Request: reset (0x00030002), command 903.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_smart_card_access_keys(kvn_device_conn *conn);
 
@@ -4145,7 +4389,7 @@ KVN_API int32_t kvn_reset_smart_card_access_keys(kvn_device_conn *conn);
  * @par Request: set (0x00010002), command 904.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_mifare_cards_layout(kvn_device_conn *conn, const kvn_mifare_cards_layout *layout);
 
@@ -4156,7 +4400,7 @@ KVN_API int32_t kvn_set_mifare_cards_layout(kvn_device_conn *conn, const kvn_mif
  * @par Request: get (0x00020002), command 904.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_mifare_cards_layout(kvn_device_conn *conn, kvn_mifare_cards_layout *layout);
 
@@ -4166,7 +4410,7 @@ KVN_API int32_t kvn_get_mifare_cards_layout(kvn_device_conn *conn, kvn_mifare_ca
  * @par Request: reset (0x00030002), command 904.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_mifare1k_card_layout(kvn_device_conn *conn);
 
@@ -4176,7 +4420,7 @@ KVN_API int32_t kvn_reset_mifare1k_card_layout(kvn_device_conn *conn);
  * @par Request: reset (0x00030002), command 904.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_mifare4k_card_layout(kvn_device_conn *conn);
 
@@ -4187,7 +4431,7 @@ KVN_API int32_t kvn_reset_mifare4k_card_layout(kvn_device_conn *conn);
  * @par Request: set (0x00010002), command 913.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_hid_cards_layout(kvn_device_conn *conn, const kvn_hid_cards_layout *layout);
 
@@ -4199,7 +4443,7 @@ KVN_API int32_t kvn_set_hid_cards_layout(kvn_device_conn *conn, const kvn_hid_ca
  * @par Request: get (0x00020002), command 913.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_hid_cards_layout(kvn_device_conn *conn, kvn_hid_cards_layout *layout);
 
@@ -4209,7 +4453,7 @@ KVN_API int32_t kvn_get_hid_cards_layout(kvn_device_conn *conn, kvn_hid_cards_la
  * @par Request: reset (0x00030002), command 913.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_hid_card_layout(kvn_device_conn *conn);
 
@@ -4220,7 +4464,7 @@ KVN_API int32_t kvn_reset_hid_card_layout(kvn_device_conn *conn);
  * @par Request: set (0x00010002), command 908.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_desfire_settings(kvn_device_conn *conn, const kvn_desfire_settings *setting);
 
@@ -4231,7 +4475,7 @@ KVN_API int32_t kvn_set_desfire_settings(kvn_device_conn *conn, const kvn_desfir
  * @par Request: get (0x00020002), command 908.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_desfire_settings(kvn_device_conn *conn, kvn_desfire_settings *setting);
 
@@ -4241,7 +4485,7 @@ KVN_API int32_t kvn_get_desfire_settings(kvn_device_conn *conn, kvn_desfire_sett
  * @par Request: reset (0x00030002), command 908.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_desfire_settings(kvn_device_conn *conn);
 
@@ -4252,7 +4496,7 @@ KVN_API int32_t kvn_reset_desfire_settings(kvn_device_conn *conn);
  * @par Request: set (0x00010002), command 912.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_key_manipulation_flags(kvn_device_conn *conn, const kvn_key_manipulation_flags *flags);
 
@@ -4263,7 +4507,7 @@ KVN_API int32_t kvn_set_key_manipulation_flags(kvn_device_conn *conn, const kvn_
  * @par Request: get (0x00020002), command 912.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_key_manipulation_flags(kvn_device_conn *conn, kvn_key_manipulation_flags *flags);
 
@@ -4273,7 +4517,7 @@ KVN_API int32_t kvn_get_key_manipulation_flags(kvn_device_conn *conn, kvn_key_ma
  * @par Request: reset (0x00030002), command 912.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_key_manipulation_flags(kvn_device_conn *conn);
 
@@ -4284,7 +4528,7 @@ KVN_API int32_t kvn_reset_key_manipulation_flags(kvn_device_conn *conn);
  * @par Request: set (0x00010002), command 141.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 server text too long for the request (nothing is sent), or an answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_srl_server_settings(kvn_device_conn *conn, const kvn_srl_server_settings *setting);
 
@@ -4295,7 +4539,7 @@ KVN_API int32_t kvn_set_srl_server_settings(kvn_device_conn *conn, const kvn_srl
  * @par Request: get (0x00020002), command 141.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_srl_server_settings(kvn_device_conn *conn, kvn_srl_server_settings *setting);
 
@@ -4305,7 +4549,7 @@ KVN_API int32_t kvn_get_srl_server_settings(kvn_device_conn *conn, kvn_srl_serve
  * @par Request: reset (0x00030002), command 141.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_srl_server_settings(kvn_device_conn *conn);
 
@@ -4316,7 +4560,7 @@ KVN_API int32_t kvn_reset_srl_server_settings(kvn_device_conn *conn);
  * @par Request: set (0x00010002), command 916.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_card_preference_settings(kvn_device_conn *conn, const uint16_t *preference);
 
@@ -4328,7 +4572,7 @@ KVN_API int32_t kvn_set_card_preference_settings(kvn_device_conn *conn, const ui
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1010 tag 40 longer than 2 bytes; the rest of the answer is still read.
  * @retval -1 malformed answer, or one of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_card_preference_settings(kvn_device_conn *conn, uint16_t *preference);
 
@@ -4338,9 +4582,14 @@ KVN_API int32_t kvn_get_card_preference_settings(kvn_device_conn *conn, uint16_t
  * @par Request: reset (0x00030002), command 916.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_card_preference_settings(kvn_device_conn *conn);
+
+/** @} */
+
+/** @addtogroup wiegand
+ * @{ */
 
 /**
  * Uploads a Wiegand format, encoded by its type: type 0 sends tags 2, 3, 5 and first
@@ -4353,7 +4602,7 @@ KVN_API int32_t kvn_reset_card_preference_settings(kvn_device_conn *conn);
  * @retval -10 wiegand_type is not 0, 1 or 2; nothing is sent.
  * @retval -11 type 2 with a parity count above 4; nothing is sent.
  * @retval -1 answer as long as the request or longer.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_upload_wiegand_format(kvn_device_conn *conn, kvn_wiegand_format *format);
 
@@ -4364,7 +4613,7 @@ KVN_API int32_t kvn_upload_wiegand_format(kvn_device_conn *conn, kvn_wiegand_for
  * @par Request: set (0x00010002), command 704.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer as long as the request (3 bytes) or longer.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_delete_wiegand_format(kvn_device_conn *conn, uint8_t format_id);
 
@@ -4377,7 +4626,7 @@ KVN_API int32_t kvn_delete_wiegand_format(kvn_device_conn *conn, uint8_t format_
  * @par Request: get (0x00020002), command 702.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_wiegand_format_list(kvn_device_conn *conn, kvn_wiegand_format_list *list);
 
@@ -4388,7 +4637,7 @@ KVN_API int32_t kvn_get_wiegand_format_list(kvn_device_conn *conn, kvn_wiegand_f
  * @par Request: set (0x00010002), command 123.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_wiegand_input_setting(kvn_device_conn *conn, const kvn_wiegand_input_setting *setting);
 
@@ -4399,7 +4648,7 @@ KVN_API int32_t kvn_set_wiegand_input_setting(kvn_device_conn *conn, const kvn_w
  * @par Request: get (0x00020002), command 123.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_wiegand_input_setting(kvn_device_conn *conn, kvn_wiegand_input_setting *setting);
 
@@ -4409,7 +4658,7 @@ KVN_API int32_t kvn_get_wiegand_input_setting(kvn_device_conn *conn, kvn_wiegand
  * @par Request: reset (0x00030002), command 123.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_wiegand_input_setting(kvn_device_conn *conn);
 
@@ -4420,7 +4669,7 @@ KVN_API int32_t kvn_reset_wiegand_input_setting(kvn_device_conn *conn);
  * @par Request: set (0x00010002), command 124.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_wiegand_output_setting(kvn_device_conn *conn, const kvn_wiegand_output_setting *setting);
 
@@ -4431,7 +4680,7 @@ KVN_API int32_t kvn_set_wiegand_output_setting(kvn_device_conn *conn, const kvn_
  * @par Request: get (0x00020002), command 124.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_wiegand_output_setting(kvn_device_conn *conn, kvn_wiegand_output_setting *setting);
 
@@ -4441,7 +4690,7 @@ KVN_API int32_t kvn_get_wiegand_output_setting(kvn_device_conn *conn, kvn_wiegan
  * @par Request: reset (0x00030002), command 124.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_wiegand_output_setting(kvn_device_conn *conn);
 
@@ -4452,7 +4701,7 @@ KVN_API int32_t kvn_reset_wiegand_output_setting(kvn_device_conn *conn);
  * @par Request: set (0x00010002), command 130.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_wiegand_pulse_setting(kvn_device_conn *conn, const kvn_wiegand_pulse_setting *setting);
 
@@ -4463,7 +4712,7 @@ KVN_API int32_t kvn_set_wiegand_pulse_setting(kvn_device_conn *conn, const kvn_w
  * @par Request: get (0x00020002), command 130.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_wiegand_pulse_setting(kvn_device_conn *conn, kvn_wiegand_pulse_setting *setting);
 
@@ -4473,7 +4722,7 @@ KVN_API int32_t kvn_get_wiegand_pulse_setting(kvn_device_conn *conn, kvn_wiegand
  * @par Request: reset (0x00030002), command 130.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_wiegand_pulse_setting(kvn_device_conn *conn);
 
@@ -4485,7 +4734,7 @@ KVN_API int32_t kvn_reset_wiegand_pulse_setting(kvn_device_conn *conn);
  * @par Request: set (0x00010002), command 165.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_set_multi_wiegand_input_setting(kvn_device_conn *conn, const kvn_multi_wiegand_input_setting *setting);
 
@@ -4496,7 +4745,7 @@ KVN_API int32_t kvn_set_multi_wiegand_input_setting(kvn_device_conn *conn, const
  * @par Request: get (0x00020002), command 165.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 malformed answer, or one of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_get_multi_wiegand_input_setting(kvn_device_conn *conn, kvn_multi_wiegand_input_setting *setting);
 
@@ -4506,12 +4755,12 @@ KVN_API int32_t kvn_get_multi_wiegand_input_setting(kvn_device_conn *conn, kvn_m
  * @par Request: reset (0x00030002), command 165.
  * @return 0 on success, the terminal's status (returned unchanged), or:
  * @retval -1 answer of 1024 bytes or more.
- * @retval -2/-3/-6/-12 read or write failure, CRC mismatch, bad sync word.
+ * @kvn_link_errors
  */
 KVN_API int32_t kvn_reset_multi_wiegand_input_setting(kvn_device_conn *conn);
 
 
-/* @@CARDS@@ (end of section) */
+/** @} */
 
 #pragma pack(pop)
 
