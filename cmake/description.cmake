@@ -39,3 +39,9 @@ function(kvn_generate kind output)
     COMMENT "Generating ${kind} from the description"
     VERBATIM)
 endfunction()
+
+# The export names, one per line, for the checks written in CMake and shell (the
+# shared library's and the DLL's symbols, the API reference).
+set(KVN_EXPORT_NAMES ${PROJECT_BINARY_DIR}/kvnsdk2_exports.txt)
+kvn_generate(export-names ${KVN_EXPORT_NAMES})
+add_custom_target(kvn_export_names ALL DEPENDS ${KVN_EXPORT_NAMES})

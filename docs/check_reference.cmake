@@ -1,4 +1,5 @@
-# Run after Doxygen by the `docs` target (-DHTML=<html directory> -DHEADER=<kvnsdk2.h>):
+# Run after Doxygen by the `docs` target (-DHTML=<html directory> -DHEADER=<kvnsdk2.h>
+# -DNAMES=<the description's export names, one per line>):
 # every exported function must be documented in the reference, on the page of its family's
 # group (group__*.html), and nothing the header documents may be left outside the groups.
 # Doxygen only warns about undocumented members of a documented file, so this also
@@ -8,13 +9,8 @@ if(NOT EXISTS ${file_page})
   message(FATAL_ERROR "no reference page for ${HEADER}: its @file comment is missing")
 endif()
 
-# The export names: a list of kvn_* function names. Taken from the header's declarations
-# here; -DEXPORTS=<name;name;...> supplies them from elsewhere instead.
-if(NOT DEFINED EXPORTS)
-  file(READ ${HEADER} header)
-  string(REGEX MATCHALL "KVN_API[^;(]*[ *](kvn_[a-z0-9_]+)[ ]*\\(" decls "${header}")
-  string(REGEX REPLACE "[^;]*[ *](kvn_[a-z0-9_]+)[ ]*\\(" "\\1" EXPORTS "${decls}")
-endif()
+# The export names, from the header's description (kvnsdk2_exports.txt).
+file(STRINGS ${NAMES} EXPORTS)
 
 # The group pages, one string. A documented function has a title there: "</span>name()</h2>".
 file(GLOB group_pages ${HTML}/group__*.html)

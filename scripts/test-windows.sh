@@ -30,7 +30,7 @@ for f in "$build/kvnsdk2.dll" "$build/libkvnsdk2.dll.a" "$build/libkvnsdk2_stati
          "$build/examples/hello_terminal.exe"; do
   [ -f "$f" ] || { echo "missing $f" >&2; exit 1; }
 done
-declared=$(sort -u "$build/tests/generated/export_names.txt")
+declared=$(sort -u "$build/kvnsdk2_exports.txt")
 exported=$(x86_64-w64-mingw32-objdump -p "$build/kvnsdk2.dll" \
   | awk '/\[Ordinal\/Name Pointer\] Table/ {t = 1; next} t && /^[[:space:]]*\[/ {print $NF} t && /^[[:space:]]*$/ {t = 0}' \
   | sort -u)

@@ -376,6 +376,24 @@ def status_of(tu, header):
     return out
 
 
+def groups_by_line(header):
+    """The reference group ('@addtogroup NAME ... @}') each line of the header is in."""
+    group, depth, out = None, 0, []
+    for line in open(header, encoding="utf-8").read().splitlines():
+        m = re.search(r"@addtogroup\s+(\w+)", line)
+        if m:
+            group, depth = m.group(1), 0
+        elif "@{" in line:
+            depth += 1
+        elif "@}" in line:
+            if depth:
+                depth -= 1
+            else:
+                group = None
+        out.append(group)
+    return out
+
+
 def describe(header, version):
     header = os.path.realpath(header)
     with tempfile.TemporaryDirectory() as shim:
@@ -406,10 +424,10 @@ def describe(header, version):
     ordered = sorted(records.values(), key=lambda r: r["line"])
     constants = constants_of(lp64, header)
     exports = exports_of(lp64, header, {k["name"]: k["value"] for k in constants})
-    for r in ordered:
-        del r["line"]
+    groups = groups_by_line(header)
+    for item in ordered + exports:
+        item["group"] = groups[item.pop("line") - 1]
     for e in exports:
-        del e["line"]
         for p in e["params"]:
             if p.get("record") and p["record"] not in records:
                 fail(e["name"], f"parameter {p['name']} points to {p['record']}, which is not a record of the header")
