@@ -1,5 +1,6 @@
 // kvnctl against the in-process simulator: every settings group through its JSON form,
-// the JSON reader's refusals, and `logs sync` killed at random points.
+// the JSON reader's refusals, every command group through the program, and `logs sync`
+// killed at random points.
 #if defined(KVN_HAVE_KVNCTL)
 #include <gtest/gtest.h>
 #include <signal.h>
