@@ -176,16 +176,16 @@ TEST(KvnctlProgram, EveryCommandGroupAnswers) {
         int code;
         const char* out;
     } cases[] = {
-        {"groups", "", 0, "\naccess-schedule-names       get\n"},
+        {"groups", "", 0, "\naccess-schedule-list        get\n"},
         {"--json status -5", "", 0, "{\"code\":-5,\"message\":\"Connection failed\"}\n"},
         {"info", "", 0, "terminal sim: firmware 1.2.21.0, serial SIM0000000001, 0 users"},
         {"raw 201 get", "", 0, "6b766e2d73696d"},  // the device name in the answer
         {"--json raw 201 get zz", "", 3, "{\"error\":\"payload: not hex\",\"exit\":3}"},
         {"@ set dac", "{\"dac_value_2\": 9}", 0, ""},
         {"@ --json get dac", "", 0, "\"dac_value_2\":9"},
-        {"@ reset access-schedules --index 3", "", 0, ""},
-        {"@ reset holiday-schedules", "", 0, ""},
-        {"@ --json get access-schedule-names", "", 0, "{"},
+        {"@ reset access-schedule --index 3", "", 0, ""},
+        {"@ reset holiday-schedule", "", 0, ""},
+        {"@ --json get access-schedule-list", "", 0, "{"},
         {"@ time set 1000000", "", 0, ""},
         {"@ time get", "", 0, "1970-01-12T13:4"},  // the clock runs on from there
         {"@ time set 4294967296", "", 3, ""},
@@ -217,11 +217,11 @@ TEST(KvnctlProgram, EveryCommandGroupAnswers) {
         {"--card 0a0b cards read", "", 0, "\"serial\": \"0a0b\""},
         {"cards read", "", 5, ""},
         {"@ cards revoke 0102", "", 0, ""},
-        {"@ --json get revoked-cards", "", 0, "\"entries\":[\"0102\"]"},
+        {"@ --json get revoked-smart-card-list", "", 0, "\"entries\":[\"0102\"]"},
         {"@ cards unrevoke 0102", "", 0, ""},
         {"@ cards revoke zz", "", 3, ""},
         {"@ wiegand upload", "{\"format_name\": \"x\"}", 0, "format 1\n"},
-        {"@ --json get wiegand-formats", "", 0, "\"format_ids\":\"01\""},
+        {"@ --json get wiegand-format-list", "", 0, "\"format_ids\":\"01\""},
         {"@ wiegand delete 300", "", 2, ""},
         {"--host 127.0.0.1:1 tour", "", 2, ""},
         {"--json tour --db DIR/tour.db", "", 0, "\"file\":{\"name\":\"tour-firmware.bin\",\"bytes\":8388608}"},

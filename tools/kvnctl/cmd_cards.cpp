@@ -1,5 +1,5 @@
 // cards read|read-data|write-user|revoke|unrevoke: the card at the reader, and revocation.
-// The revoked list is a settings group: kvnctl get revoked-cards.
+// The revoked list is a settings group: kvnctl get revoked-smart-card-list.
 #include "commands.h"
 
 namespace kvnctl {

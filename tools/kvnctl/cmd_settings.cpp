@@ -50,7 +50,7 @@ void register_settings(CLI::App& app, Context& ctx) {
 
     auto* reset = app.add_subcommand("reset", "restore a settings group's defaults");
     reset->add_option("GROUP", a->group, "settings group")->required();
-    reset->add_option("--index", a->index, "holiday-schedules, access-schedules: one schedule");
+    reset->add_option("--index", a->index, "holiday-schedule, access-schedule: one schedule");
     ctx.on(reset, [&ctx, a] {
         const Group& g = find(a->group);
         if (!g.reset) throw Failure(kUsage, g.name + " has no reset");

@@ -1,5 +1,5 @@
 // wiegand upload|delete: the terminal's Wiegand formats. The list and the port settings
-// are settings groups (kvnctl get wiegand-formats, wiegand-input, ...).
+// are settings groups (kvnctl get wiegand-format-list, wiegand-input, ...).
 #include "commands.h"
 
 namespace kvnctl {
