@@ -4,11 +4,11 @@
 #include <cstring>
 #include <vector>
 
+#include "core/command.h"
+#include "core/fields.h"
 #include "kvnsdk2.h"
 #include "link/transport.h"
 #include "peer.h"
-#include "settings/command.h"
-#include "settings/fields.h"
 
 using namespace kvn;
 using namespace kvn::row;

@@ -18,10 +18,10 @@
 #include <type_traits>
 #include <utility>
 
+#include "core/fields.h"
 #include "kvnsdk2.h"
 #include "link/tlv.h"
 #include "link/transport.h"
-#include "settings/fields.h"
 
 namespace kvn {
 

@@ -1,4 +1,4 @@
-#include "settings/fields.h"
+#include "core/fields.h"
 
 #include <cstring>
 
