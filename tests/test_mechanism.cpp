@@ -22,7 +22,7 @@ Bytes encoded(Desc desc, const void* rec, int32_t* rc = nullptr, const Slice* sl
     tlv::Writer w(b.data(), static_cast<uint32_t>(b.size()));
     encode(w, desc, rec, slice);
     if (rc != nullptr) *rc = w.result();
-    ConstBuf p[2 * tlv::Writer::kMaxRefs + 1];
+    ConstBuf p[tlv::Writer::kMaxPieces];
     Bytes out;
     for (size_t i = 0, n = w.pieces(p); i < n; ++i) out.insert(out.end(), p[i].data, p[i].data + p[i].size);
     return out;
@@ -282,7 +282,7 @@ TEST(Writer, ValuesByReferenceAndShortestContainers) {
     w.u8(1, 9);
     w.element_ref(8, big, sizeof big);
     w.u8(2, 7);
-    ConstBuf p[9];
+    ConstBuf p[tlv::Writer::kMaxPieces];
     ASSERT_EQ(w.pieces(p), 3u);
     EXPECT_EQ(p[1].data, big);  // not copied
     EXPECT_EQ(w.used(), 3u + 3u + 200u + 3u);
