@@ -1,4 +1,4 @@
-// Found by review: a record with three or more by-reference values failed over TCP with -3 (the socket took 8 parts, a frame could make 11) while serial sent it.
+// Found by review: a record with three or more by-reference values failed over TCP with -3; serial sent it.
 #include <fcntl.h>
 #include <poll.h>
 #include <pty.h>
