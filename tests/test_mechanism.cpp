@@ -290,6 +290,20 @@ TEST(Writer, ValuesByReferenceAndShortestContainers) {
     w.u8(3, 1);  // the capacity counts the referenced bytes: no room left
     EXPECT_EQ(w.result(), -1);
 
+    // Values by reference up to the limit, each between encoded bytes: the most
+    // pieces a payload has. One more is refused (-1) and adds no piece.
+    uint8_t wide[256];
+    tlv::Writer full(wide, sizeof wide);
+    for (size_t i = 0; i <= tlv::Writer::kMaxRefs; ++i) {
+        full.u8(1, static_cast<uint8_t>(i));
+        full.element_ref(2, big, 10);
+        EXPECT_EQ(full.result(), i < tlv::Writer::kMaxRefs ? 0 : -1) << i;
+    }
+    full.u8(3, 0);
+    ConstBuf most[tlv::Writer::kMaxPieces];
+    ASSERT_EQ(full.pieces(most), tlv::Writer::kMaxPieces);
+    EXPECT_EQ(full.refs(), tlv::Writer::kMaxRefs);
+
     tlv::Writer s(buf, sizeof buf);
     const auto mark = s.open();
     s.u8(5, 6);
