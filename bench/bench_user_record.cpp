@@ -9,9 +9,9 @@
 #include <memory>
 #include <vector>
 
+#include "core/fields.h"
 #include "kvnsdk2.h"
 #include "link/tlv.h"
-#include "settings/fields.h"
 #include "users/user_record.h"
 
 namespace {

@@ -16,8 +16,11 @@
 #include <cstring>
 #include <string>
 #include <thread>
+#include <utility>
+#include <vector>
 
 #include "kvnsdk2.h"
+#include "link/transport.h"
 #include "peer.h"
 
 using kvntest::Bytes;
@@ -255,4 +258,58 @@ TEST(TcpLink, ConnectFailureAndTransportChoice) {
     c.ip_address = "not an address";
     EXPECT_EQ(kvn_open_device_conn(&c), -5);
     kvn_close_device_conn(&c);
+}
+
+// Each transport takes as many parts as one send may carry, in order and empty
+// ones skipped; one part more is refused with -3 before a byte leaves.
+TEST(Transports, TakeUpToTheGatherLimitOfPartsAndRefuseMore) {
+    std::vector<Bytes> data(kvn::kMaxSendParts + 1);
+    std::vector<kvn::ConstBuf> parts;
+    Bytes want;
+    for (size_t i = 0; i < data.size(); ++i) {
+        data[i].assign(i % 4 == 3 ? 0 : 3 * i + 1, static_cast<uint8_t>(0xA0 + i));
+        parts.push_back({data[i].data(), static_cast<uint32_t>(data[i].size())});
+        if (i < kvn::kMaxSendParts) want.insert(want.end(), data[i].begin(), data[i].end());
+    }
+    struct Seen { int32_t at_limit = 99, beyond = 99; int os_error = 0; Bytes bytes, more; };
+    // Sends the parts at the limit, then one more, over an open connection.
+    auto send_both = [&](kvn_device_conn& c, Seen& seen) {
+        const kvn::Transport& io = kvn::transport_for(&c.link);
+        seen.at_limit = io.send(&c.link, parts.data(), kvn::kMaxSendParts);
+        seen.beyond = io.send(&c.link, parts.data(), kvn::kMaxSendParts + 1);
+        seen.os_error = kvn_ext_last_os_error();
+    };
+
+    Seen tcp;
+    {
+        LoopbackPeer peer([&](sock_t s) {
+            tcp.bytes = kvntest::read_bytes(s, want.size());
+            tcp.more = kvntest::read_bytes(s, 1);  // until the client closes
+        });
+        kvn_device_conn c = peer.conn();
+        ASSERT_EQ(kvn_open_device_conn(&c), 0);
+        send_both(c, tcp);
+        kvn_close_device_conn(&c);
+    }
+    Seen serial;
+    {
+        Pty pty;
+        ASSERT_GE(pty.master, 0);
+        kvn_device_conn c = serial_conn(pty.name, 115200);
+        ASSERT_EQ(kvn_open_device_conn(&c), 0);
+        send_both(c, serial);
+        serial.bytes = read_fd(pty.master, want.size());
+        pollfd more{pty.master, POLLIN, 0};
+        if (::poll(&more, 1, 100) == 1) serial.more = read_fd(pty.master, 1);
+        kvn_close_device_conn(&c);
+    }
+
+    for (const auto& [name, seen] : {std::pair<const char*, const Seen&>{"tcp", tcp}, {"serial", serial}}) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(seen.at_limit, 0);
+        EXPECT_BYTES(seen.bytes, want);
+        EXPECT_EQ(seen.beyond, -3);
+        EXPECT_EQ(seen.os_error, EINVAL);
+        EXPECT_TRUE(seen.more.empty()) << "a refused send wrote " << seen.more.size() << " byte(s)";
+    }
 }

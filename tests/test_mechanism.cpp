@@ -4,11 +4,11 @@
 #include <cstring>
 #include <vector>
 
+#include "core/command.h"
+#include "core/fields.h"
 #include "kvnsdk2.h"
 #include "link/transport.h"
 #include "peer.h"
-#include "settings/command.h"
-#include "settings/fields.h"
 
 using namespace kvn;
 using namespace kvn::row;
@@ -22,7 +22,7 @@ Bytes encoded(Desc desc, const void* rec, int32_t* rc = nullptr, const Slice* sl
     tlv::Writer w(b.data(), static_cast<uint32_t>(b.size()));
     encode(w, desc, rec, slice);
     if (rc != nullptr) *rc = w.result();
-    ConstBuf p[2 * tlv::Writer::kMaxRefs + 1];
+    ConstBuf p[tlv::Writer::kMaxPieces];
     Bytes out;
     for (size_t i = 0, n = w.pieces(p); i < n; ++i) out.insert(out.end(), p[i].data, p[i].data + p[i].size);
     return out;
@@ -282,13 +282,27 @@ TEST(Writer, ValuesByReferenceAndShortestContainers) {
     w.u8(1, 9);
     w.element_ref(8, big, sizeof big);
     w.u8(2, 7);
-    ConstBuf p[9];
+    ConstBuf p[tlv::Writer::kMaxPieces];
     ASSERT_EQ(w.pieces(p), 3u);
     EXPECT_EQ(p[1].data, big);  // not copied
     EXPECT_EQ(w.used(), 3u + 3u + 200u + 3u);
     EXPECT_EQ(Bytes(p[0].data, p[0].data + p[0].size), (Bytes{1, 1, 9, 8, 0x81, 0xC8}));
     w.u8(3, 1);  // the capacity counts the referenced bytes: no room left
     EXPECT_EQ(w.result(), -1);
+
+    // Values by reference up to the limit, each between encoded bytes: the most
+    // pieces a payload has. One more is refused (-1) and adds no piece.
+    uint8_t wide[256];
+    tlv::Writer full(wide, sizeof wide);
+    for (size_t i = 0; i <= tlv::Writer::kMaxRefs; ++i) {
+        full.u8(1, static_cast<uint8_t>(i));
+        full.element_ref(2, big, 10);
+        EXPECT_EQ(full.result(), i < tlv::Writer::kMaxRefs ? 0 : -1) << i;
+    }
+    full.u8(3, 0);
+    ConstBuf most[tlv::Writer::kMaxPieces];
+    ASSERT_EQ(full.pieces(most), tlv::Writer::kMaxPieces);
+    EXPECT_EQ(full.refs(), tlv::Writer::kMaxRefs);
 
     tlv::Writer s(buf, sizeof buf);
     const auto mark = s.open();

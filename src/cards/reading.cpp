@@ -1,9 +1,9 @@
 // Card reading and card layouts: card serial reads (901, 703), CSN (902), PACS
 // (917), access keys (903), MIFARE (904) and HID (913) layouts, DESFire (908) and
 // key manipulation flags (912). Every exchange works in a 1024-byte buffer.
+#include "core/command.h"
 #include "kvnsdk2.h"
 #include "link/commands.h"
-#include "settings/command.h"
 
 namespace kvn {
 namespace {

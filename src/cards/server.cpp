@@ -1,7 +1,7 @@
 // Card server (SRL, 141) and card preference (916). Both work in 1024-byte buffers.
+#include "core/command.h"
 #include "kvnsdk2.h"
 #include "link/commands.h"
-#include "settings/command.h"
 
 namespace kvn {
 namespace {

@@ -2,9 +2,9 @@
 // writes and reset (905), revocation (910) and the revoked count (911).
 #include <cstring>
 
+#include "core/command.h"
 #include "kvnsdk2.h"
 #include "link/commands.h"
-#include "settings/command.h"
 #include "users/user_record.h"
 
 namespace kvn {

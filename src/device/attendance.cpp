@@ -1,7 +1,7 @@
 // Time attendance settings (109) and the job code list (146).
+#include "core/command.h"
 #include "kvnsdk2.h"
 #include "link/commands.h"
-#include "settings/command.h"
 
 namespace kvn {
 namespace {

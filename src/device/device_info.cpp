@@ -5,9 +5,9 @@
 #include <cstddef>
 #include <cstring>
 
+#include "core/command.h"
 #include "kvnsdk2.h"
 #include "link/commands.h"
-#include "settings/command.h"
 
 namespace kvn {
 namespace {

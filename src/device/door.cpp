@@ -1,9 +1,9 @@
 // Door relay and DAC (command 115): the DAC settings record and three one-shot
 // door actions. This family works in 1024-byte buffers and reads the answer to a
 // set with the length just sent as its capacity.
+#include "core/command.h"
 #include "kvnsdk2.h"
 #include "link/commands.h"
-#include "settings/command.h"
 
 namespace kvn {
 namespace {

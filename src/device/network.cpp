@@ -4,9 +4,9 @@
 // wire. A set checks every address before anything is sent; address mode 1 takes
 // the addresses from the network, so none is sent then. The port goes out before
 // the addresses, and only when it is set.
+#include "core/command.h"
 #include "kvnsdk2.h"
 #include "link/commands.h"
-#include "settings/command.h"
 
 namespace kvn {
 namespace {

@@ -1,7 +1,7 @@
 // Specific-purpose input (112) and output (113) settings.
+#include "core/command.h"
 #include "kvnsdk2.h"
 #include "link/commands.h"
-#include "settings/command.h"
 
 namespace kvn {
 namespace {

@@ -1,7 +1,7 @@
 // VoIP settings (142), the contact list (145) and the default contact (147).
+#include "core/command.h"
 #include "kvnsdk2.h"
 #include "link/commands.h"
-#include "settings/command.h"
 
 namespace kvn {
 namespace {

@@ -5,9 +5,9 @@
 // capacity.
 #include <cstddef>
 
+#include "core/command.h"
 #include "kvnsdk2.h"
 #include "link/commands.h"
-#include "settings/command.h"
 
 namespace kvn {
 namespace {

@@ -3,9 +3,9 @@
 // security (163).
 #include <cstddef>
 
+#include "core/command.h"
 #include "kvnsdk2.h"
 #include "link/commands.h"
-#include "settings/command.h"
 
 namespace kvn {
 namespace {

@@ -14,8 +14,9 @@ inline constexpr uint32_t kRequestHeaderSize = 24;   // sync word included
 inline constexpr uint32_t kResponseHeaderSize = 24;  // after the sync word
 
 // Most pieces one request payload may be sent from (a few values by reference
-// and the encoded bytes around them).
-inline constexpr size_t kMaxPayloadPieces = 9;
+// and the encoded bytes around them): what one send takes, less header and CRC.
+inline constexpr size_t kMaxPayloadPieces = kMaxSendParts - 2;
+static_assert(kMaxPayloadPieces + 2 <= kMaxSendParts, "a frame's parts must fit one send");
 
 // A request frame whose payload is `count` pieces, `length` bytes in all, sent
 // in one gather write.

@@ -10,6 +10,7 @@
 #include <cstring>
 
 #include "link/bytes.h"
+#include "link/frame.h"
 
 namespace kvn::tlv {
 
@@ -29,7 +30,11 @@ constexpr uint32_t length_size(uint32_t length) noexcept {
 // still counts those bytes, so the limits are those of a copying encoder.
 class Writer {
 public:
-    static constexpr size_t kMaxRefs = 4;
+    // Each value by reference may split the encoded bytes in two, so n of them make
+    // at most 2n + 1 pieces: as many as fit in one request's payload pieces.
+    static constexpr size_t kMaxRefs = (kMaxPayloadPieces - 1) / 2;
+    static constexpr size_t kMaxPieces = 2 * kMaxRefs + 1;
+    static_assert(kMaxRefs >= 1 && kMaxPieces <= kMaxPayloadPieces, "the writer's pieces must fit one frame");
 
     Writer(uint8_t* buffer, uint32_t capacity) noexcept : start_(buffer), cur_(buffer), remaining_(capacity) {}
 
@@ -138,7 +143,7 @@ public:
     uint32_t remaining() const noexcept { return remaining_; }
     size_t refs() const noexcept { return refs_; }
 
-    // The payload as gather pieces in wire order (at most 2 * kMaxRefs + 1);
+    // The payload as gather pieces in wire order (at most kMaxPieces);
     // returns how many were written.
     template <class Piece>
     size_t pieces(Piece* out) const noexcept {

@@ -14,8 +14,16 @@ struct ConstBuf {
     uint32_t size;
 };
 
+// Most parts one send takes: a request's header, its payload pieces and its CRC.
+// This one number bounds the gather pieces all the way up: the frame layer leaves
+// two parts for header and CRC (kMaxPayloadPieces), the TLV writer sends as many
+// values by reference as fit in the rest (tlv::Writer::kMaxRefs), and every
+// transport accepts this many parts.
+inline constexpr size_t kMaxSendParts = 11;
+
 struct Transport {
-    // Writes every byte of the parts, in order, as one stream write: 0, or -3.
+    // Writes every byte of the parts (at most kMaxSendParts), in order, as one
+    // stream write: 0, or -3 (more parts than that are -3 too).
     int32_t (*send)(kvn_conn_link* link, const ConstBuf* parts, size_t count);
     // Reads exactly count bytes: 0, or -2 (bytes already read stay in the buffer).
     int32_t (*receive)(kvn_conn_link* link, uint8_t* buffer, uint32_t count);

@@ -1,8 +1,8 @@
 // Schedules: the biometric (107) and door-open (155) week schedules, holiday
 // schedules (106), access schedules (105) and the access schedule names (119).
+#include "core/command.h"
 #include "kvnsdk2.h"
 #include "link/commands.h"
-#include "settings/command.h"
 
 namespace kvn {
 namespace {

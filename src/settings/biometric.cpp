@@ -1,7 +1,7 @@
 // Biometric settings (108) and multi-user verification settings (139).
+#include "core/command.h"
 #include "kvnsdk2.h"
 #include "link/commands.h"
-#include "settings/command.h"
 
 namespace kvn {
 namespace {

@@ -1,8 +1,8 @@
 // Indication families: LED (104), buzzer (111), audio (110, 801-803), images
 // (140, 205), LCD (149) and device notification (507).
+#include "core/command.h"
 #include "kvnsdk2.h"
 #include "link/commands.h"
-#include "settings/command.h"
 
 namespace kvn {
 namespace {

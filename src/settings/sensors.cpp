@@ -1,8 +1,8 @@
 // Fingerprint sensor (301-303), proximity sensor (304), fire alarm (305),
 // anti-shock alarm (306) and next-sensor settings (166).
+#include "core/command.h"
 #include "kvnsdk2.h"
 #include "link/commands.h"
-#include "settings/command.h"
 
 namespace kvn {
 namespace {

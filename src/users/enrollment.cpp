@@ -2,9 +2,9 @@
 // as get requests.
 #include <cstring>
 
+#include "core/command.h"
 #include "kvnsdk2.h"
 #include "link/commands.h"
-#include "settings/command.h"
 #include "users/user_record.h"
 
 static_assert(offsetof(kvn_verify_user_record_request, record) == offsetof(kvn_user_store_request, record),

@@ -10,10 +10,10 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "core/command.h"
 #include "kvnsdk2.h"
 #include "link/commands.h"
 #include "link/file.h"
-#include "settings/command.h"
 
 namespace kvn {
 namespace {

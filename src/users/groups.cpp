@@ -1,9 +1,9 @@
 // User groups (10 to 12) and the users' display-image setting (156).
 #include <cstddef>
 
+#include "core/command.h"
 #include "kvnsdk2.h"
 #include "link/commands.h"
-#include "settings/command.h"
 
 namespace kvn {
 namespace {

@@ -2,9 +2,9 @@
 // and delete-all. Every exchange uses a 20480-byte buffer.
 #include <cstddef>
 
+#include "core/command.h"
 #include "kvnsdk2.h"
 #include "link/commands.h"
-#include "settings/command.h"
 
 namespace kvn {
 namespace {

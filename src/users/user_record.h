@@ -13,8 +13,8 @@
 #include <array>
 #include <cstddef>
 
+#include "core/fields.h"
 #include "kvnsdk2.h"
-#include "settings/fields.h"
 
 namespace kvn::users {
 

@@ -2,9 +2,9 @@
 // (505, 13, 14).
 #include <cstring>
 
+#include "core/command.h"
 #include "kvnsdk2.h"
 #include "link/commands.h"
-#include "settings/command.h"
 #include "users/user_record.h"
 
 namespace kvn {

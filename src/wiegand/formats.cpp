@@ -1,9 +1,9 @@
 // Wiegand formats: upload (701), list (702) and delete (704). A format is encoded
 // by its type; upload and delete read the answer with the length of the request
 // just sent as capacity, and delete is a set request.
+#include "core/command.h"
 #include "kvnsdk2.h"
 #include "link/commands.h"
-#include "settings/command.h"
 
 namespace kvn {
 namespace {

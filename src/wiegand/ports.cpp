@@ -1,8 +1,8 @@
 // Wiegand port settings: input (123), output (124), pulse (130) and multi-input
 // (165). Every exchange works in a 1024-byte buffer.
+#include "core/command.h"
 #include "kvnsdk2.h"
 #include "link/commands.h"
-#include "settings/command.h"
 
 namespace kvn {
 namespace {

@@ -181,6 +181,7 @@ int32_t write_failed(ssize_t w, int err) noexcept {
 }
 
 int32_t serial_send(kvn_conn_link* link, const ConstBuf* parts, size_t count) noexcept {
+    if (count > kMaxSendParts) return fail(EINVAL, KVN_E_WRITE_TIMEOUT);  // the same contract as TCP
     const int fd = link->serial_handle;
     // A bounded write must not block inside write() for longer than its limit, so it
     // runs non-blocking and waits with poll() when the line's queue is full.

@@ -94,10 +94,12 @@ int32_t tcp_close(kvn_device_conn* conn) noexcept {
     return 0;
 }
 
+// POSIX lets sendmsg take at least 16 buffers (_XOPEN_IOV_MAX); a send's parts go in one call.
+static_assert(kMaxSendParts <= 16, "more parts than one sendmsg is sure to take");
+
 int32_t tcp_send(kvn_conn_link* link, const ConstBuf* parts, size_t count) noexcept {
-    constexpr size_t kMaxParts = 8;
-    if (count > kMaxParts) return fail(EINVAL, KVN_E_WRITE_TIMEOUT);
-    iovec iov[kMaxParts];
+    if (count > kMaxSendParts) return fail(EINVAL, KVN_E_WRITE_TIMEOUT);
+    iovec iov[kMaxSendParts];
     size_t n = 0;
     for (size_t i = 0; i < count; ++i) {
         if (parts[i].size == 0) continue;

@@ -88,6 +88,7 @@ int32_t write_failed(DWORD written, DWORD err) noexcept {
 }
 
 int32_t serial_send(kvn_conn_link* link, const ConstBuf* parts, size_t count) noexcept {
+    if (count > kMaxSendParts) return fail(ERROR_INVALID_PARAMETER, KVN_E_WRITE_TIMEOUT);  // the same contract as TCP
     const HANDLE h = link->serial_handle;
     if (!apply_timeouts(h)) return write_failed(0, ::GetLastError());
     for (size_t i = 0; i < count; ++i) {

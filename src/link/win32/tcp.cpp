@@ -106,9 +106,8 @@ int32_t tcp_close(kvn_device_conn* conn) noexcept {
 }
 
 int32_t tcp_send(kvn_conn_link* link, const ConstBuf* parts, size_t count) noexcept {
-    constexpr size_t kMaxParts = 8;
-    if (count > kMaxParts) return fail(WSAEINVAL, KVN_E_WRITE_TIMEOUT);
-    WSABUF bufs[kMaxParts];
+    if (count > kMaxSendParts) return fail(WSAEINVAL, KVN_E_WRITE_TIMEOUT);
+    WSABUF bufs[kMaxSendParts];
     DWORD n = 0;
     for (size_t i = 0; i < count; ++i) {
         if (parts[i].size == 0) continue;

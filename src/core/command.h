@@ -18,10 +18,10 @@
 #include <type_traits>
 #include <utility>
 
+#include "core/fields.h"
 #include "kvnsdk2.h"
 #include "link/tlv.h"
 #include "link/transport.h"
-#include "settings/fields.h"
 
 namespace kvn {
 
@@ -81,7 +81,7 @@ int32_t call_in(kvn_device_conn* conn, uint8_t* buffer, uint32_t size, const Req
                 Decode&& decode, bool* sent) noexcept {
     *sent = false;
     if (conn == nullptr) return KVN_E_WRITE_TIMEOUT;
-    ConstBuf pieces[2 * tlv::Writer::kMaxRefs + 1]{};
+    ConstBuf pieces[tlv::Writer::kMaxPieces]{};
     size_t count = 0;
     uint32_t length = 0;
     constexpr bool with_encoder = !std::is_same_v<std::decay_t<Encode>, NoEncoder>;

@@ -1,4 +1,4 @@
-#include "settings/command.h"
+#include "core/command.h"
 
 #include "link/frame.h"
 

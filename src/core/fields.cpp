@@ -1,4 +1,4 @@
-#include "settings/fields.h"
+#include "core/fields.h"
 
 #include <cstring>
 
@@ -12,8 +12,6 @@ namespace {
 // may wrap itself once or twice) is a malformed answer, not a reason to recurse.
 constexpr int kMaxDepth = 8;
 constexpr size_t kMaxLists = 4;
-// Returned by a level that reached a list's limit: decoding ends with success.
-constexpr int32_t kStop = INT32_MIN;
 
 uint32_t load(const uint8_t* p, uint32_t width) noexcept {
     switch (width) {
@@ -157,6 +155,16 @@ struct ListState {
     uint32_t seen[2] = {0, 0};  // pair lists: occurrences of each tag
 };
 
+// What a decoding step ends with: a status (0 goes on, anything else stops the
+// decode with it), or `finished`, when a list with a limit has taken its last
+// entry: the whole decode ends there with success.
+struct Result {
+    int32_t status = 0;
+    bool finished = false;
+    bool go_on() const noexcept { return status == 0 && !finished; }
+};
+constexpr Result kFinished{0, true};
+
 struct Level {
     Desc desc;
     uint8_t* base;
@@ -168,8 +176,24 @@ struct Level {
     uint8_t* owner = nullptr;  // in a list entry: the record that holds the list (outer rows)
 };
 
-int32_t decode_level(Level& level, const uint8_t* p, uint32_t n) noexcept;
-int32_t element(Level& level, uint8_t tag, const uint8_t* v, uint32_t len) noexcept;
+Result decode_level(Level& level, const uint8_t* p, uint32_t n) noexcept;
+Result element(Level& level, uint8_t tag, const uint8_t* v, uint32_t len) noexcept;
+
+// tlv::decode over a payload, each element handed to `step`. A step that does not
+// go on stops the walk, and its Result is the walk's; otherwise the walk ends with
+// tlv::decode's own status (0, or -1 for malformed input).
+template <class Step>
+Result walk(const uint8_t* p, uint32_t n, tlv::Empty empty, Step&& step) noexcept {
+    Result last;
+    const int32_t rc = tlv::decode(
+        p, n,
+        [&](uint8_t t, const uint8_t* v, uint32_t len) -> int32_t {
+            last = step(t, v, len);
+            return last.go_on() ? 0 : -1;  // any non-zero stops tlv::decode
+        },
+        empty);
+    return last.go_on() ? Result{rc} : last;
+}
 
 // The counter of a list, wherever it lives.
 uint32_t counter(const List& l, const ListState& s, const uint8_t* owner) noexcept {
@@ -270,30 +294,27 @@ int32_t store_value(const Field& f, uint8_t* m, const uint8_t* v, uint32_t len, 
 }
 
 // Stores one element into `base` by the row that carries its tag.
-int32_t store_row(Level& level, const Field& f, const uint8_t* v, uint32_t len) noexcept {
+Result store_row(Level& level, const Field& f, const uint8_t* v, uint32_t len) noexcept {
     uint8_t* m = at(level.base, f, level.index);
     if (f.outer_member) m = level.owner != nullptr ? level.owner + f.offset : nullptr;
-    if (m == nullptr) return 0;  // an outer row outside a list has no owner
+    if (m == nullptr) return {};  // an outer row outside a list has no owner
     switch (f.kind) {
         case Kind::record:
         case Kind::self: {
-            if (level.depth + 1 > kMaxDepth) return -1;
+            if (level.depth + 1 > kMaxDepth) return Result{-1};
             Level inner{f.kind == Kind::self ? level.desc : f.desc, f.kind == Kind::self ? level.base : m,
                         level.index, level.depth + 1, level.empty};
             inner.owner = level.owner;
-            const int32_t rc = decode_level(inner, v, len);
-            if (rc == kStop) return kStop;
-            if (f.copy == Copy::result) {
-                level.remembered = rc;
-                return 0;
-            }
-            return rc;
+            const Result r = decode_level(inner, v, len);
+            if (r.finished || f.copy != Copy::result) return r;
+            level.remembered = r.status;
+            return {};
         }
-        case Kind::custom: return f.store(m, v, len);
+        case Kind::custom: return Result{f.store(m, v, len)};
         case Kind::constant:
         case Kind::position:
-        case Kind::list: return 0;
-        default: return store_value(f, m, v, len, level.remembered);
+        case Kind::list: return {};
+        default: return Result{store_value(f, m, v, len, level.remembered)};
     }
 }
 
@@ -322,81 +343,94 @@ void begin(Level& level) noexcept {
     });
 }
 
-int32_t end(Level& level, int32_t rc) noexcept {
-    if (rc != 0) return rc;
+// A level that went through closes its lists and ends with what it remembered; one
+// that stopped keeps the Result it stopped with, its lists as they are.
+Result end(Level& level, Result r) noexcept {
+    if (!r.go_on()) return r;
     for_lists(level, [&](const List& l, ListState& s) {
         if (level.base != nullptr) finish_list(l, s, level.base);
     });
-    return level.remembered;
+    return Result{level.remembered};
 }
 
-int32_t decode_level(Level& level, const uint8_t* p, uint32_t n) noexcept {
+Result decode_level(Level& level, const uint8_t* p, uint32_t n) noexcept {
     begin(level);
-    const int32_t rc = tlv::decode(
-        p, n, [&](uint8_t t, const uint8_t* v, uint32_t len) { return element(level, t, v, len); }, level.empty);
-    return end(level, rc);
+    return end(level, walk(p, n, level.empty, [&](uint8_t t, const uint8_t* v, uint32_t len) {
+                   return element(level, t, v, len);
+               }));
 }
 
-// One container of list `l`: the entry it fills is found by the list's rule.
-int32_t decode_container(Level& level, const List& l, ListState& s, const uint8_t* v, uint32_t len) noexcept {
-    if (level.depth + 1 > kMaxDepth) return -1;
+// Points `entry` at entry i of list `l` in `owner` (nowhere beyond the array) and
+// starts its lists.
+void enter(Level& entry, const List& l, const ListState& s, uint8_t* owner, uint32_t i) noexcept {
+    entry.base = i < s.capacity ? entry_at(l, owner, i) : nullptr;
+    entry.index = i;
+    begin(entry);
+}
+
+// Select::next: the whole container fills the entry the counter names. The counter
+// moves on after a success, and after a failure too when the list remembers it.
+Result fill_next(Level& level, const List& l, ListState& s, Level& entry, const uint8_t* v, uint32_t len) noexcept {
+    enter(entry, l, s, level.base, counter(l, s, level.base));
+    const Result r = decode_level(entry, v, len);
+    if (!r.finished && (r.status == 0 || l.remember_result)) advance(l, s, level.base);
+    return r;
+}
+
+// The other rules walk the container element by element: a selector names the
+// entry for the fields after it (fields of an entry beyond the array are dropped);
+// with next_on_tag, the advancing tag ends one entry and the next one begins.
+Result fill_by_element(Level& level, const List& l, ListState& s, Level& entry, const uint8_t* v,
+                       uint32_t len) noexcept {
+    uint8_t* owner = level.base;
+    if (l.select == Select::next_on_tag) enter(entry, l, s, owner, counter(l, s, owner));
+    const Result walked = walk(v, len, level.empty, [&](uint8_t t, const uint8_t* fv, uint32_t fl) -> Result {
+        if (l.select == Select::selector && t == l.key) {
+            const uint32_t number = tlv::value_u32(fv, fl);
+            if (number < l.key_base || number - l.key_base >= s.capacity) {
+                if (l.out_of_range != 0) return Result{l.out_of_range};
+                entry.base = nullptr;  // its fields are dropped
+                return {};
+            }
+            end(entry, {});
+            enter(entry, l, s, owner, number - l.key_base);
+        }
+        if (entry.base == nullptr) return {};
+        if (const Result stored = element(entry, t, fv, fl); !stored.go_on()) return stored;
+        if (l.select == Select::next_on_tag && t == l.key) {
+            end(entry, {});
+            advance(l, s, owner);
+            entry.base = nullptr;
+            if (counter(l, s, owner) < s.capacity) enter(entry, l, s, owner, counter(l, s, owner));
+        }
+        return {};
+    });
+    return end(entry, walked);
+}
+
+// One container of list `l`: the entry it fills is found by the list's rule. A
+// list that remembers its entries' results goes on after a failure and reports it
+// at the end; a list with a limit finishes the decode once it has taken that many.
+Result decode_container(Level& level, const List& l, ListState& s, const uint8_t* v, uint32_t len) noexcept {
+    if (level.depth + 1 > kMaxDepth) return Result{-1};
+    const bool in_turn = l.select == Select::next || l.select == Select::next_on_tag;
+    if (in_turn && counter(l, s, level.base) >= s.capacity) return {};  // beyond the array: read and dropped
     Level entry{l.entry, nullptr, 0, level.depth + 1, level.empty};
     entry.owner = level.base;
-    auto target = [&](uint32_t i) {
-        entry.base = i < s.capacity ? entry_at(l, level.base, i) : nullptr;
-        entry.index = i;
-        begin(entry);
-    };
-    int32_t rc = 0;
-    if (l.select == Select::next) {
-        const uint32_t i = counter(l, s, level.base);
-        if (i >= s.capacity) return 0;  // entries beyond the array are read and dropped
-        target(i);
-        rc = decode_level(entry, v, len);
-        if (rc == 0 || (rc != kStop && l.remember_result)) advance(l, s, level.base);
-    } else {
-        if (l.select == Select::next_on_tag) {
-            if (counter(l, s, level.base) >= s.capacity) return 0;
-            target(counter(l, s, level.base));
-        }
-        rc = tlv::decode(
-            v, len,
-            [&](uint8_t t, const uint8_t* fv, uint32_t fl) -> int32_t {
-                if (l.select == Select::selector && t == l.key) {
-                    const uint32_t number = tlv::value_u32(fv, fl);
-                    if (number < l.key_base || number - l.key_base >= s.capacity) {
-                        if (l.out_of_range != 0) return l.out_of_range;
-                        entry.base = nullptr;  // its fields are dropped
-                        return 0;
-                    }
-                    end(entry, 0);
-                    target(number - l.key_base);
-                }
-                if (entry.base == nullptr) return 0;
-                if (int32_t r = element(entry, t, fv, fl); r != 0) return r;
-                if (l.select == Select::next_on_tag && t == l.key) {
-                    end(entry, 0);
-                    advance(l, s, level.base);
-                    entry.base = nullptr;
-                    if (counter(l, s, level.base) < s.capacity) target(counter(l, s, level.base));
-                }
-                return 0;
-            },
-            level.empty);
-        rc = end(entry, rc);
-    }
-    if (rc == kStop) return kStop;
+    Result r = l.select == Select::next ? fill_next(level, l, s, entry, v, len)
+                                        : fill_by_element(level, l, s, entry, v, len);
+    if (r.finished) return r;
     if (l.remember_result) {
-        level.remembered = rc;
-        rc = 0;
+        level.remembered = r.status;
+        r.status = 0;
     }
-    if (rc == 0 && s.limited && counter(l, s, level.base) >= s.limit) return kStop;
-    return rc;
+    if (r.status == 0 && s.limited && counter(l, s, level.base) >= s.limit) return kFinished;
+    return r;
 }
 
 // A flat list: elements of its entry's tags at the owner's own level.
-int32_t decode_flat(Level& level, const List& l, ListState& s, const Field& f, uint8_t tag, const uint8_t* v,
-                    uint32_t len) noexcept {
+Result decode_flat(Level& level, const List& l, ListState& s, const Field& f, uint8_t tag, const uint8_t* v,
+                   uint32_t len) noexcept {
     uint32_t i;
     if (l.select == Select::pair) {
         const size_t which = (!l.entry.empty() && l.entry[0].tag == tag) ? 0 : 1;
@@ -411,10 +445,10 @@ int32_t decode_flat(Level& level, const List& l, ListState& s, const Field& f, u
         }
         store_le32(level.base + l.count, stored);
         store_le32(level.base + l.total, total);
-        if (!room) return 0;
+        if (!room) return {};
     } else {
         i = counter(l, s, level.base);
-        if (i >= s.capacity) return 0;
+        if (i >= s.capacity) return {};
         advance(l, s, level.base);
     }
     Level entry{l.entry, entry_at(l, level.base, i), i, level.depth, level.empty};
@@ -422,23 +456,23 @@ int32_t decode_flat(Level& level, const List& l, ListState& s, const Field& f, u
     return store_row(entry, f, v, len);
 }
 
-int32_t element(Level& level, uint8_t tag, const uint8_t* v, uint32_t len) noexcept {
-    int32_t rc = 0;
-    bool done = false;
+Result element(Level& level, uint8_t tag, const uint8_t* v, uint32_t len) noexcept {
+    Result r;
+    bool taken = false;
     for_lists(level, [&](const List& l, ListState& s) {
-        if (done) return;
+        if (taken) return;
         if (l.tag != 0) {
             if (l.tag != tag) return;
-            done = true;
-            rc = decode_container(level, l, s, v, len);
+            taken = true;
+            r = decode_container(level, l, s, v, len);
         } else if (const Field* f = row_for(l.entry, tag)) {
-            done = true;
-            rc = decode_flat(level, l, s, *f, tag, v, len);
+            taken = true;
+            r = decode_flat(level, l, s, *f, tag, v, len);
         }
     });
-    if (done) return rc;
+    if (taken) return r;
     const Field* f = row_for(level.desc, tag);
-    return f != nullptr ? store_row(level, *f, v, len) : 0;
+    return f != nullptr ? store_row(level, *f, v, len) : Result{};
 }
 
 void prepare_rows(Desc desc, uint8_t* base) noexcept {
@@ -470,8 +504,8 @@ int32_t decode(Desc desc, const uint8_t* payload, uint32_t length, void* record,
         }
     });
     if (none) return 0;
-    const int32_t rc = decode_level(top, payload, length);
-    return rc == kStop ? 0 : rc;
+    const Result r = decode_level(top, payload, length);
+    return r.finished ? 0 : r.status;
 }
 
 }  // namespace kvn
