@@ -11,9 +11,11 @@ error handler: the byte 0xFF becomes the code point U+DCFF, and encoding gives t
 byte back, so to_dict() and from_dict() round-trip any byte. json.dumps() writes such
 a code point as the escape "\\udcff".
 
-A member X_length that counts the bytes of X (or of X_data) is derived from the value
-when from_dict() is given no X_length; a given one may not be smaller than the value
-nor larger than its array.
+A member X_length that counts the bytes of X (or of X_data) follows the value: the
+length of a text is always its text's (a given X_length is not used, so that a text
+edited in a dict needs no new length). The length of a byte array is derived from the
+bytes when from_dict() is given none; a given one may be larger, since trailing zero
+bytes are not written out, but not smaller than the bytes nor larger than the array.
 """
 import ctypes
 import re
@@ -43,6 +45,10 @@ class Record(ctypes.Structure):
             spec.append((name, kind, width, tuple(dims), sub, field.offset, field.size))
         cls._kvn_spec_ = tuple(spec)
         cls._kvn_names_ = frozenset(s[0] for s in spec)
+        by_name = {s[0]: s for s in spec}
+        # Each length member's own spec, with the kind of the member it counts.
+        cls._kvn_length_specs_ = {length: (length, by_name[of][1]) + by_name[length][2:]
+                                  for length, of in cls._kvn_lengths_.items()}
 
     # -- to JSON ------------------------------------------------------------
 
@@ -79,9 +85,9 @@ class Record(ctypes.Structure):
                 counted[name] = _encode(buf, base + off, value[name], kind, width, dims, sub, size, f"{path}.{name}")
         for length, of in cls._kvn_lengths_.items():
             have = counted.get(of) or 0
+            spec = cls._kvn_length_specs_[length]
             capacity = getattr(cls, of).size
-            if length not in value:
-                spec = next(s for s in cls._kvn_spec_ if s[0] == length)
+            if spec[1] == "char" or length not in value:
                 buf[base + spec[5]:base + spec[5] + spec[6]] = have.to_bytes(spec[6], _ORDER)
             elif value[length] < have:
                 raise ValueError(f"{path}.{length}: {value[length]} is less than the {have} bytes of {of}")

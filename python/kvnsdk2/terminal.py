@@ -321,6 +321,8 @@ class Terminal:
             if merge:
                 value = _merge(self.get(g.name), _as_json(value, g))
             arg = self._group_value(g, value)
+            if g.form == "value" and issubclass(fn.argtypes[1], ctypes._Pointer):
+                arg = ctypes.byref(self._value_type(g)(arg))  # some take the number, some point to it
             self._call(fn, arg, what=f"set {g.name}")
 
     def _group_value(self, g, value):

@@ -61,9 +61,10 @@ REFUSED = [
      "kvn_wiegand_format.parity_masks_t24: more than 4 elements"),
     ("kvn_user_record", {"templates": [{"finger_index": 1, "nail": 2}]},
      "kvn_user_record.templates[0]: unknown field 'nail'"),
-    ("kvn_user_record", {"text_t03": "abc", "text_t03_length": 2},
-     "kvn_user_record.text_t03_length: 2 is less than the 3 bytes of text_t03"),
-    ("kvn_user_record", {"text_t03_length": 52}, "kvn_user_record.text_t03_length: 52 is more than the 51 bytes"),
+    ("kvn_user_template", {"template_data": "010203", "template_length": 2},
+     "kvn_user_template.template_length: 2 is less than the 3 bytes of template_data"),
+    ("kvn_user_template", {"template_length": 1573},
+     "kvn_user_template.template_length: 1573 is more than the 1572 bytes"),
     ("kvn_user_record", {"user_id": "\ud800"}, "kvn_user_record.user_id: not encodable as UTF-8"),
 ]
 
@@ -75,18 +76,15 @@ def test_from_dict_refuses_what_does_not_fit(name, value, message):
     assert str(e.value).startswith(message)
 
 
-@pytest.mark.parametrize("value,length", [
-    ({"text_t03": "héllo"}, 6),                            # derived: UTF-8 bytes
-    ({"text_t03": "abc", "text_t03_length": 5}, 5),        # given: kept
-    ({}, 0),
+@pytest.mark.parametrize("name,field,value,length", [
+    ("kvn_user_record", "text_t03_length", {"text_t03": "héllo"}, 6),                      # UTF-8 bytes
+    ("kvn_user_record", "text_t03_length", {"text_t03": "abc", "text_t03_length": 0}, 3),  # a text's own
+    ("kvn_user_record", "text_t04_length", {}, 0),
+    ("kvn_user_template", "template_length", {"template_data": "0102000000"}, 5),         # zeros count
+    ("kvn_user_template", "template_length", {"template_data": "0102", "template_length": 384}, 384),
 ])
-def test_length_members_follow_their_value(value, length):
-    assert records.kvn_user_record.from_dict(value).text_t03_length == length
-
-
-def test_template_length_counts_trimmed_bytes():
-    t = records.kvn_user_template.from_dict({"template_data": "0102000000"})
-    assert t.template_length == 5 and t.to_dict()["template_data"] == "0102"
+def test_length_members_follow_their_value(name, field, value, length):
+    assert getattr(getattr(records, name).from_dict(value), field) == length
 
 
 def test_non_utf8_text_keeps_its_bytes():
