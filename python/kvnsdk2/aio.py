@@ -29,7 +29,11 @@ class _Async:
 
     async def _run(self, fn, *args, **kwargs):
         loop = asyncio.get_running_loop()
-        return await loop.run_in_executor(self._worker, functools.partial(fn, *args, **kwargs))
+        try:
+            future = loop.run_in_executor(self._worker, functools.partial(fn, *args, **kwargs))
+        except RuntimeError:  # the worker has ended with close()
+            raise ValueError("kvnsdk2: the terminal is closed") from None
+        return await future
 
     def __getattr__(self, name):
         if name in self._methods:
