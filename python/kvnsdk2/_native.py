@@ -1,7 +1,7 @@
 """Finding the native pieces: the shared library and the simulator program.
 
 The library comes from, in this order:
-  1. the environment variable KVNSDK2_LIBRARY (a path);
+  1. the environment variable KVNSDK2_LIBRARY (a path; when set, only there);
   2. the copy bundled in the package (kvnsdk2/_native/, in a wheel built with it);
   3. the system's, as ctypes.util.find_library("kvnsdk2") finds it.
 The simulator (kvn-sim) comes from KVN_SIM, else from PATH.
@@ -47,14 +47,13 @@ def load_library():
         return _loaded
     tried = []
     env = os.environ.get("KVNSDK2_LIBRARY")
-    if env:
+    if env:  # named by the user: that one or none
         try:
             _loaded = ctypes.CDLL(env)
             return _loaded
         except OSError as e:
-            tried.append((f"KVNSDK2_LIBRARY={env}", str(e)))
-    else:
-        tried.append(("KVNSDK2_LIBRARY", "not set"))
+            raise LibraryNotFoundError([(f"KVNSDK2_LIBRARY={env}", str(e))]) from None
+    tried.append(("KVNSDK2_LIBRARY", "not set"))
     bundled = [os.path.join(_BUNDLE_DIR, n) for n in _BUNDLED_NAMES]
     present = [p for p in bundled if os.path.exists(p)]
     for path in present:

@@ -18,6 +18,7 @@ import contextlib
 import ctypes
 import datetime
 import os
+import signal
 import socket
 import tempfile
 import threading
@@ -435,6 +436,22 @@ def _merge(current, new):
     return new
 
 
+@contextlib.contextmanager
+def _catch_interrupt(interrupted):
+    """Ctrl-C during a transfer cancels it. A KeyboardInterrupt raised inside a ctypes
+    callback would be dropped by ctypes, so SIGINT only notes itself meanwhile (in the
+    main thread, while Python's own handler is in place) and the callback cancels."""
+    if threading.current_thread() is not threading.main_thread() or \
+            signal.getsignal(signal.SIGINT) is not signal.default_int_handler:
+        yield
+        return
+    previous = signal.signal(signal.SIGINT, lambda number, frame: interrupted.append(number))
+    try:
+        yield
+    finally:
+        signal.signal(signal.SIGINT, previous)
+
+
 class _Part:
     def __init__(self, terminal):
         self._t = terminal
@@ -626,9 +643,11 @@ class Files(_Part):
 
     def _transfer(self, fn, local, name, progress, file_type, what):
         req = self._request(name, file_type, local)
-        failure = []
+        failure, interrupted = [], []
 
         def on_progress(p, _context):
+            if interrupted:
+                return CANCELLED
             if progress is None:
                 return 0
             try:
@@ -640,14 +659,19 @@ class Files(_Part):
         callback = _lib().kvn_ext_progress_fn(on_progress)
         t = self._t
         with t._lock:
-            t._ready()
-            rc = fn(t._conn, req, callback, None)
-            if failure:
-                raise failure[0]
-            if rc == CANCELLED:
-                raise TransferCancelled(what)
-            if rc < 0:
-                t._failed(rc, what)
+            with _catch_interrupt(interrupted):
+                t._ready()
+                rc = fn(t._conn, req, callback, None)
+            if rc in BROKEN_LINK_STATUSES:
+                t._broken = True
+        if failure:
+            raise failure[0]
+        if interrupted:
+            raise KeyboardInterrupt()
+        if rc == CANCELLED:
+            raise TransferCancelled(what)
+        if rc < 0:
+            t._failed(rc, what)
 
     def upload(self, local_path, name, progress=None, file_type=1):
         """Sends a local file as name. progress(done, total) after every packet; False

@@ -8,7 +8,7 @@ import pytest
 import kvnsdk2.aio
 from kvnsdk2.testing import simulator
 
-LATENCY_MS = 200
+LATENCY_MS = 1000
 
 
 @pytest.mark.parametrize("terminals,simulators", [(50, 5)])
@@ -21,8 +21,7 @@ def test_fleet_read_runs_at_once_without_blocking_the_loop(terminals, simulators
         async def read(sim):
             async with kvnsdk2.aio.connect(sim.host, sim.port) as t:
                 info = await t.info()
-                unread = [e.log_id async for e in t.logs.unread()]
-                return info.to_dict()["text_4"], await t.logs.count_unread(), len(unread)
+                return info.to_dict()["text_4"], await t.logs.count_unread()
 
         async def fleet():
             gaps, done = [], False
@@ -43,11 +42,11 @@ def test_fleet_read_runs_at_once_without_blocking_the_loop(terminals, simulators
             return results, elapsed, max(gaps)
 
         results, elapsed, worst_gap = asyncio.run(fleet())
-    # Four exchanges of 200 ms each per terminal: under a second at once, 40 s one after the other.
-    assert elapsed < 5, elapsed
-    assert worst_gap < 0.25, worst_gap
-    assert results == [("SIM0000000001", targets.index(s) % simulators + 1, targets.index(s) % simulators + 1)
-                       for s in targets]
+    # Two exchanges of a second each per terminal: 2 s at once, 100 s one after the other;
+    # a loop that waited for a terminal would stand still for a second at a time.
+    assert elapsed < 10, elapsed
+    assert worst_gap < 0.8, worst_gap
+    assert results == [("SIM0000000001", targets.index(s) % simulators + 1) for s in targets]
 
 
 def test_async_errors_are_the_same(kvn_sim):

@@ -3,6 +3,7 @@ transfers, errors and the reopen rule."""
 import errno
 import json
 import os
+import shutil
 import socket
 import subprocess
 import threading
@@ -286,14 +287,34 @@ def test_a_closed_terminal_raises(terminal, call):
         call(terminal)
 
 
-def test_library_not_found_says_where_it_looked(tmp_path):
-    code = "import kvnsdk2\ntry:\n    kvnsdk2.library_version()\nexcept kvnsdk2.LibraryNotFoundError as e:\n" \
-           "    print(e)\n"
-    env = dict(os.environ, KVNSDK2_LIBRARY=str(tmp_path / "nowhere.so"))
-    out = subprocess.run([os.sys.executable, "-c", code], env=env, capture_output=True, text=True, timeout=60).stdout
-    assert f"KVNSDK2_LIBRARY={tmp_path / 'nowhere.so'}" in out
-    assert 'find_library("kvnsdk2")' in out or "the system's" in out
-    assert "_native" in out
+@pytest.mark.parametrize("env,bundled,system,found,said", [
+    ("nowhere.so", True, True, None, ["KVNSDK2_LIBRARY=", "nowhere.so"]),  # named: that one or none
+    (None, True, False, "bundle", []),
+    (None, False, True, "system", []),
+    (None, False, False, None, ["KVNSDK2_LIBRARY: not set", "no bundled copy", 'find_library("kvnsdk2")']),
+])
+def test_library_is_looked_for_in_order(monkeypatch, tmp_path, env, bundled, system, found, said):
+    from kvnsdk2 import _native, lib
+    real = os.path.realpath(lib.LIBRARY_PATH)
+    bundle = tmp_path / "bundle"
+    bundle.mkdir()
+    if bundled:
+        shutil.copyfile(real, bundle / "libkvnsdk2.so")
+    monkeypatch.setattr(_native, "_loaded", None)
+    monkeypatch.setattr(_native, "_BUNDLE_DIR", str(bundle))
+    monkeypatch.setattr(_native, "_BUNDLED_NAMES", ("libkvnsdk2.so",))
+    monkeypatch.setattr(_native.ctypes.util, "find_library", lambda name: real if system else None)
+    if env:
+        monkeypatch.setenv("KVNSDK2_LIBRARY", str(tmp_path / env))
+    else:
+        monkeypatch.delenv("KVNSDK2_LIBRARY", raising=False)
+    if found is None:
+        with pytest.raises(kvnsdk2.LibraryNotFoundError) as e:
+            _native.load_library()
+        for text in said:
+            assert text in str(e.value)
+    else:
+        assert _native.load_library()._name == (str(bundle / "libkvnsdk2.so") if found == "bundle" else real)
 
 
 def test_simulator_reports_a_bad_option():
