@@ -38,9 +38,16 @@ _CSV_FILE_TYPE = 3
 _GROUPS = {g.name: g for g in GROUPS}
 
 
+_modules = {}
+
+
 def _lib():
-    from . import lib
-    return lib
+    """kvnsdk2.lib, imported (and the library loaded) on first use."""
+    try:
+        return _modules["lib"]
+    except KeyError:
+        from . import lib
+        return _modules.setdefault("lib", lib)
 
 
 def _records():
