@@ -76,7 +76,7 @@ def load_library():
     raise LibraryNotFoundError(tried)
 
 
-def bind(dll, name, restype, argtypes):
+def bind(dll, name, restype, argtypes, doc=None):
     """One export of dll with its result and argument types; a missing one is an
     ImportError naming it, since the library and the description then disagree."""
     try:
@@ -86,6 +86,7 @@ def bind(dll, name, restype, argtypes):
                           "than the description this package was generated from") from None
     fn.restype = restype
     fn.argtypes = argtypes
+    fn.__doc__ = doc
     return fn
 
 

@@ -214,12 +214,24 @@ def lib_py(d):
     for e in d["exports"]:
         where = e["name"]
         args = ", ".join(param_ctype(p, records, callbacks, f"{where}({p['name']})") for p in e["params"])
-        out.append(f"{e['name']} = _bind(_dll, {py_str(e['name'])}, {result_ctype(e['result'], where)}, [{args}])\n")
+        out.append(f"{e['name']} = _bind(_dll, {py_str(e['name'])}, {result_ctype(e['result'], where)}, [{args}],\n"
+                   f"    {py_str(export_doc(e))})\n")
     out.append("\n#: Every export's name, in the header's order.\nEXPORTS = (\n")
     for e in d["exports"]:
         out.append(f"    {py_str(e['name'])},\n")
     out.append(")\n")
     return "".join(out)
+
+
+def export_doc(e):
+    """An export's docstring: its C signature, its brief and the request it sends."""
+    params = ", ".join(f"{'const ' if p.get('const') else ''}{p['type']}{'' if p['type'].endswith('*') else ' '}"
+                       f"{p['name']}" for p in e["params"])
+    text = f"{e['result']} {e['name']}({params or 'void'})\n\n{e['brief']}"
+    r = e["request"]
+    if r and r.get("command") is not None:
+        text += f" Request: {r['type']}, command {r['command']}."
+    return text
 
 
 def stub_param(p, records):
@@ -242,11 +254,7 @@ def lib_pyi(d):
         out.append(f"class {c['name']}(_c._CFuncPtr):\n    {doc(c['brief'])}\n    def __init__(self, fn: _Any) -> None: ...\n\n")
     for e in d["exports"]:
         params = ", ".join(f"{p['name']}: {stub_param(p, records)}" for p in e["params"])
-        r = e["request"]
-        what = e["brief"]
-        if r and r.get("command") is not None:
-            what += f" Request: {r['type']}, command {r['command']}."
-        out.append(f"def {e['name']}({params}) -> {RESULT_STUB[e['result']]}:\n    {doc(what)}\n\n")
+        out.append(f"def {e['name']}({params}) -> {RESULT_STUB[e['result']]}:\n    {doc(export_doc(e))}\n\n")
     return "".join(out)
 
 
