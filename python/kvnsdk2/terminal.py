@@ -192,6 +192,7 @@ class Terminal:
                 _lib().kvn_close_device_conn(self._conn)
             with _timeouts_lock:
                 _open_timeouts.pop(self, None)
+                _apply_timeouts()  # those still open may wait less now
 
     @property
     def closed(self):

@@ -1,5 +1,6 @@
 """Terminal against kvn-sim: the JSON form against kvnctl's, settings groups, users,
 transfers, errors and the reopen rule."""
+import ctypes
 import errno
 import json
 import os
@@ -315,6 +316,34 @@ def test_library_is_looked_for_in_order(monkeypatch, tmp_path, env, bundled, sys
             assert text in str(e.value)
     else:
         assert _native.load_library()._name == (str(bundle / "libkvnsdk2.so") if found == "bundle" else real)
+
+
+def test_serial_line(tmp_path):
+    sim = subprocess.Popen([os.environ["KVN_SIM"], "--serial"], stdout=subprocess.PIPE, text=True)
+    try:
+        path = sim.stdout.readline().strip()
+        with kvnsdk2.Terminal.serial(path, 115200, timeout=5) as t:
+            assert t.name == path and t.info().to_dict()["text_4"] == "SIM0000000001"
+        with pytest.raises(kvnsdk2.LinkError) as e:
+            kvnsdk2.Terminal.serial(tmp_path / "no-such-port")
+        assert e.value.code == -5 and e.value.os_error.errno == errno.ENOENT
+    finally:
+        sim.terminate()
+        sim.wait()
+
+
+def test_timeouts_follow_the_open_terminals(shared_sim):
+    from kvnsdk2 import lib
+    limits = [ctypes.c_int32() for _ in range(3)]
+
+    def read_ms():
+        lib.kvn_ext_get_timeouts(*map(ctypes.byref, limits))
+        return [v.value for v in limits]
+    with shared_sim.terminal(timeout=0.5):
+        assert read_ms() == [500] * 3
+        with shared_sim.terminal(timeout=2):
+            assert read_ms() == [2000] * 3  # the largest of those open
+        assert read_ms() == [500] * 3
 
 
 def test_simulator_reports_a_bad_option():
