@@ -5,7 +5,8 @@
         async for user in t.users.list():
             ...
 
-Each terminal has one worker thread of its own, where its calls run one after the
+The clock is read and set with await t.get_time() and await t.set_time(dt) (an
+attribute cannot be awaited). Each terminal has one worker thread of its own, where its calls run one after the
 other (the library's calls release the GIL while they wait for the terminal), so the
 event loop never waits for a terminal and many terminals are served at once. Progress
 callbacks of file transfers run in the worker thread.
