@@ -31,23 +31,23 @@ class Record(ctypes.Structure):
 
     _kvn_members_ = ()
     _kvn_lengths_ = {}
-    _kvn_spec_ = ()
+    _kvn_layout_ = ()
 
     @classmethod
     def _kvn_prepare_(cls):
         """Turns the generated member table into (name, kind, width, dims, sub, offset,
         size) with the offsets and sizes ctypes gave the fields."""
-        spec = []
+        entry = []
         for name, kind, width, dims, sub in cls._kvn_members_:
             if kind == "pointer":
                 continue
             field = getattr(cls, name)
-            spec.append((name, kind, width, tuple(dims), sub, field.offset, field.size))
-        cls._kvn_spec_ = tuple(spec)
-        cls._kvn_names_ = frozenset(s[0] for s in spec)
-        by_name = {s[0]: s for s in spec}
-        # Each length member's own spec, with the kind of the member it counts.
-        cls._kvn_length_specs_ = {length: (length, by_name[of][1]) + by_name[length][2:]
+            entry.append((name, kind, width, tuple(dims), sub, field.offset, field.size))
+        cls._kvn_layout_ = tuple(entry)
+        cls._kvn_names_ = frozenset(s[0] for s in entry)
+        by_name = {s[0]: s for s in entry}
+        # Each length member's own entry, with the kind of the member it counts.
+        cls._kvn_length_members_ = {length: (length, by_name[of][1]) + by_name[length][2:]
                                   for length, of in cls._kvn_lengths_.items()}
 
     # -- to JSON ------------------------------------------------------------
@@ -59,7 +59,7 @@ class Record(ctypes.Structure):
     @classmethod
     def _kvn_decode(cls, raw, base):
         return {name: _decode(raw, base + off, kind, width, dims, sub, size)
-                for name, kind, width, dims, sub, off, size in cls._kvn_spec_}
+                for name, kind, width, dims, sub, off, size in cls._kvn_layout_}
 
     # -- from JSON ----------------------------------------------------------
 
@@ -80,15 +80,15 @@ class Record(ctypes.Structure):
             if key not in cls._kvn_names_:
                 raise ValueError(f"{path}: unknown field {key!r}")
         counted = {}
-        for name, kind, width, dims, sub, off, size in cls._kvn_spec_:
+        for name, kind, width, dims, sub, off, size in cls._kvn_layout_:
             if name in value:
                 counted[name] = _encode(buf, base + off, value[name], kind, width, dims, sub, size, f"{path}.{name}")
         for length, of in cls._kvn_lengths_.items():
             have = counted.get(of) or 0
-            spec = cls._kvn_length_specs_[length]
+            entry = cls._kvn_length_members_[length]
             capacity = getattr(cls, of).size
-            if spec[1] == "char" or length not in value:
-                buf[base + spec[5]:base + spec[5] + spec[6]] = have.to_bytes(spec[6], _ORDER)
+            if entry[1] == "char" or length not in value:
+                buf[base + entry[5]:base + entry[5] + entry[6]] = have.to_bytes(entry[6], _ORDER)
             elif value[length] < have:
                 raise ValueError(f"{path}.{length}: {value[length]} is less than the {have} bytes of {of}")
             elif value[length] > capacity:

@@ -116,7 +116,7 @@ def valid_value(rng, kind, width, dims, sub, size):
 def valid_dict(rng, cls):
     lengths = set(cls._kvn_lengths_)
     return {name: valid_value(rng, kind, width, dims, sub, size)
-            for name, kind, width, dims, sub, off, size in cls._kvn_spec_
+            for name, kind, width, dims, sub, off, size in cls._kvn_layout_
             if name not in lengths and rng.random() < 0.7}
 
 
@@ -132,7 +132,7 @@ def junk(rng, depth=0):
 
 
 def random_dict(rng, cls):
-    names = [s[0] for s in cls._kvn_spec_]
+    names = [s[0] for s in cls._kvn_layout_]
     d = valid_dict(rng, cls)
     for _ in range(rng.randrange(1, 4)):
         key = rng.choice(names + ["bogus", 7, None, ""])
@@ -164,7 +164,7 @@ def test_valid_dicts_round_trip(name):
         rec = cls.from_dict(d)
         back = rec.to_dict()
         assert cls.from_dict(back) == rec
-        kinds = {s[0]: s[1] for s in cls._kvn_spec_}
+        kinds = {s[0]: s[1] for s in cls._kvn_layout_}
         for key, v in d.items():
             if isinstance(v, int) or (isinstance(v, str) and kinds[key] == "char"):  # numbers and texts
                 assert back[key] == v, key
