@@ -31,6 +31,8 @@ typedef struct kvn_item {
  * @par Request: get (0x00020002), command 104.
  */
 KVN_API int32_t kvn_get_items(kvn_device_conn *conn, kvn_item *items /* [KVN_ITEM_COUNT] */);
+/** Called once per item. */
+typedef int32_t (*kvn_item_fn)(const kvn_item *item, void *context);
 """
 
 REFUSED = [
@@ -52,7 +54,9 @@ REFUSED = [
      "kvn_set_z(i): the element count KVN_NOPE"),
     ("a status the list contradicts", "enum kvn_more { KVN_E_LATE = -7 };\n#undef KVN_STATUS_LIST\n"
      "#define KVN_STATUS_LIST(X) X(-8, LATE, \"Late\")", "KVN_E_LATE: the enum says -7, the list -8"),
-    ("a syntax error", "KVN_API int32_t kvn_oops(kvn_device_conn *conn,);", "h.h:22: expected parameter declarator"),
+    ("a callback with an unnamed parameter", "typedef void (*kvn_anon_fn)(void *);",
+     "kvn_anon_fn: every parameter of a callback type is named"),
+    ("a syntax error", "KVN_API int32_t kvn_oops(kvn_device_conn *conn,);", "h.h:24: expected parameter declarator"),
 ]
 
 
@@ -93,6 +97,10 @@ class Describe(unittest.TestCase):
         self.assertEqual(d["constants"], [{"name": "KVN_ITEM_COUNT", "value": 3, "brief": "Entries of a list."}])
         self.assertEqual(d["status"], [{"name": "KVN_E_SUCCESS", "code": 0, "message": "Success"},
                                        {"name": "KVN_E_CRC_MISMATCH", "code": -6, "message": "CRC mismatch"}])
+        self.assertEqual([(c["name"], c["result"], [(p["name"], p["kind"], p.get("record"), p["const"])
+                                                    for p in c["params"]]) for c in d["callbacks"]],
+                         [("kvn_item_fn", "int32_t", [("item", "pointer", "kvn_item", True),
+                                                      ("context", "pointer", None, False)])])
 
 
 if __name__ == "__main__":

@@ -322,6 +322,32 @@ def exports_of(tu, header, constants):
     return out
 
 
+def callbacks_of(tu, header):
+    """Function pointer types of the header (the callbacks that exports take): result and
+    parameters, so that a binding can declare them without reading the header."""
+    out = []
+    for c in tu.cursor.get_children():
+        if c.kind != ci.CursorKind.TYPEDEF_DECL or not in_header(c, header):
+            continue
+        t = c.underlying_typedef_type.get_canonical()
+        if t.kind != ci.TypeKind.POINTER or t.get_pointee().kind != ci.TypeKind.FUNCTIONPROTO:
+            continue
+        where = f"{header}:{c.location.line}: {c.spelling}"
+        proto = t.get_pointee()
+        spelled = c.underlying_typedef_type.get_pointee()  # int32_t as written, not int
+        result = spelled.get_result() if spelled.kind == ci.TypeKind.FUNCTIONPROTO else proto.get_result()
+        if result.kind != ci.TypeKind.VOID:
+            scalar(result, f"{where} result")
+        decls = [p for p in c.get_children() if p.kind == ci.CursorKind.PARM_DECL]
+        if len(decls) != len(proto.argument_types()) or not all(p.spelling for p in decls):
+            fail(where, "every parameter of a callback type is named")
+        params = [param_type(p, f"{where}({p.spelling})") for p in decls]
+        out.append({"name": c.spelling, "brief": brief_of(c) or brief_of(c, leading_comment(c)),
+                    "result": type_name(result) if result.kind != ci.TypeKind.VOID else "void",
+                    "params": params})
+    return out
+
+
 def tokens_of(cursor):
     return [t.spelling for t in cursor.get_tokens()]
 
@@ -439,6 +465,7 @@ def describe(header, version):
         "exports": exports,
         "constants": constants,
         "status": status_of(lp64, header),
+        "callbacks": callbacks_of(lp64, header),
     }
 
 

@@ -167,17 +167,22 @@ def shape(p):
     return p["type"]
 
 
-def kvnctl_groups(d):
+def settings_groups(d):
     """The settings groups: one per command with a whole-record read. A read is
     kvn_get_X or kvn_retrieve_X taking one record (or number) out; its group's write
     is the set of the same command taking the same shape in, its reset the reset of
-    that command with no argument or a schedule index."""
+    that command with no argument or a schedule index. Two writes or two resets of one
+    command (the MIFARE 1K and 4K resets) leave the choice to the user: the group has
+    none (None). Each group is a dict: name, value (the read's out parameter), shape
+    (its C++ type), command, get, set, reset (export names), reset_index (the reset
+    takes a schedule index). kvnctl and the Python package both take their groups
+    from here."""
     by_command = {}
     for e in d["exports"]:
         r = e["request"]
         if r and r["command"] is not None and r["type"] in ("get", "set", "reset"):
             by_command.setdefault(r["command"], []).append(e)
-    out = [GENERATED]
+    groups = []
     for e in d["exports"]:
         r, p = e["request"], e["params"]
         if not (r and r["type"] == "get" and re.match(r"kvn_(get|retrieve)_", e["name"]) and len(p) == 2):
@@ -194,14 +199,25 @@ def kvnctl_groups(d):
             if s["request"]["type"] == "set" and len(sp) == 2 and \
                     ((sp[1]["kind"] == "pointer" and sp[1]["const"] and shape(sp[1]) == t) or
                      (sp[1]["kind"] in ("uint", "int") and sp[1]["type"] == t)):
-                setters.append(s["name"])
+                setters.append(s)
             if s["request"]["type"] == "reset" and (len(sp) == 1 or (len(sp) == 2 and sp[1]["kind"] == "uint")):
-                resetters.append(s["name"])
-        # Two writes or two resets of one command (the MIFARE 1K and 4K resets) leave
-        # the choice to the user: the group has none.
-        setter = setters[0] if len(setters) == 1 else "nullptr"
-        resetter = resetters[0] if len(resetters) == 1 else "nullptr"
-        out.append(f"KVN_GROUP(\"{group_name(e['name'])}\", {t}, {r['command']}u, {e['name']}, {setter}, {resetter})\n")
+                resetters.append(s)
+        reset = resetters[0] if len(resetters) == 1 else None
+        groups.append({
+            "name": group_name(e["name"]), "value": out_param, "shape": t, "command": r["command"],
+            "get": e["name"], "set": setters[0]["name"] if len(setters) == 1 else None,
+            "reset": reset["name"] if reset else None,
+            "reset_index": bool(reset and len(reset["params"]) == 2),
+        })
+    return groups
+
+
+def kvnctl_groups(d):
+    """kvnctl's settings groups (settings_groups), as KVN_GROUP entries."""
+    out = [GENERATED]
+    for g in settings_groups(d):
+        out.append(f"KVN_GROUP(\"{g['name']}\", {g['shape']}, {g['command']}u, {g['get']}, "
+                   f"{g['set'] or 'nullptr'}, {g['reset'] or 'nullptr'})\n")
     return "".join(out)
 
 
