@@ -126,19 +126,12 @@ def export_names(d):
 
 
 def fuzz_readers(d):
-    """Every export that reads an answer into one record given after the connection.
-    Arrays, texts and records that point to buffers of the caller's need arguments
-    prepared by hand: the fuzzer has its own cases for those."""
-    out = [GENERATED]
-    recs = records(d)
-    for e in d["exports"]:
-        p = e["params"]
-        if e["request"] and len(p) == 2 and p[1].get("direction") in ("out", "in,out") \
-                and p[1]["kind"] == "pointer" and not p[1]["const"] and "count" not in p[1] \
-                and p[1]["pointee"] != "char" \
-                and not any(m["kind"] == "pointer" for m in recs.get(p[1]["pointee"], {}).get("members", [])):
-            out.append(f"KVN_FUZZ_READER({e['name']}, {p[1]['pointee']})\n")
-    return "".join(out)
+    """Every export that decodes an answer into a record or buffer of the caller's (an
+    out or in,out pointer besides the connection), one name per line: the response
+    fuzzer must call each of them."""
+    return "".join(e["name"] + "\n" for e in d["exports"]
+                   if e["request"] and any(p.get("direction") in ("out", "in,out") and p["kind"] == "pointer"
+                                           for p in e["params"][1:]))
 
 
 # ---------------------------------------------------------------------------
