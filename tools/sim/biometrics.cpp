@@ -9,7 +9,6 @@
 namespace kvnsim::biometrics {
 namespace {
 
-constexpr size_t kMaxUsers = 10000;
 constexpr uint32_t kScore = 92;  // the score of every match
 
 // The finger on the sensor: the one presented through the API, else the one

@@ -12,6 +12,11 @@ namespace {
 using F = Family;
 namespace set = settings;
 
+// Request type sets.
+constexpr uint8_t S = bit(kSet), G = bit(kGet), R = bit(kReset);
+constexpr uint8_t SGR = S | G | R;
+constexpr uint8_t kTransfer = bit(kUpload) | bit(kDownload);
+
 constexpr Command kTable[] = {
     {Cmd::Enrol, F::biometrics, G, biometrics::enrol, nullptr},
     {Cmd::VerifyTemplate, F::biometrics, G, biometrics::verify_template, nullptr},

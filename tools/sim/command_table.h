@@ -46,11 +46,6 @@ enum class Family : uint8_t {
     wiegand,
 };
 
-// Request type sets.
-constexpr uint8_t S = bit(kSet), G = bit(kGet), R = bit(kReset);
-constexpr uint8_t SGR = S | G | R;
-constexpr uint8_t kTransfer = bit(kUpload) | bit(kDownload);
-
 struct Command {
     Cmd id;
     Family family;

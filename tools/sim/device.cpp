@@ -91,15 +91,12 @@ Reply clock(Call& c) {
         static const std::vector<Field> fields = {U32(1), U32(2), TXT(5, 1024), U32(6)};
         std::vector<Node> in;
         if (int32_t rc = parse(fields, c.rq.data, c.rq.size, &in); rc != 0) return Reply::of(rc);
-        std::vector<Node>& nodes = c.st.groups.nodes(c.cmd.id);
+        std::vector<Node> kept;
         for (Node& n : in) {
-            if (n.tag == 1) {
-                c.st.clock_offset += int64_t(n.u32()) - int64_t(c.st.now());
-                continue;
-            }
-            if (Node* old = find(nodes, n.tag)) *old = std::move(n);
-            else nodes.push_back(std::move(n));
+            if (n.tag == 1) c.st.clock_offset += int64_t(n.u32()) - int64_t(c.st.now());
+            else kept.push_back(std::move(n));
         }
+        overlay(c.st.groups.nodes(c.cmd.id), std::move(kept));
         c.st.groups.save(c.cmd.id);
         c.st.save_misc();
         return Reply{};

@@ -1,6 +1,7 @@
 // The handlers of every family and the settings groups each family owns. The
 // command table binds them to command ids; a handler answers one request under
-// the terminal's lock and never looks at the command id itself.
+// the terminal's lock and never tells commands apart by their id: the id it is
+// called with only names the group it keeps (Call::cmd).
 #pragma once
 
 #include <vector>

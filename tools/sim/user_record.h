@@ -28,6 +28,7 @@ struct User {
     }
 };
 
+constexpr size_t kMaxUsers = 10000;
 constexpr size_t kMaxTemplates = 10;        // per user
 constexpr uint32_t kTemplateMax = 1572;     // bytes of one template
 constexpr size_t kTemplateSize = 384;       // bytes of a simulated finger's template

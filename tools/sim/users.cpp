@@ -3,11 +3,6 @@
 #include "kvnsdk2.h"
 
 namespace kvnsim::users {
-namespace {
-
-constexpr size_t kMaxUsers = 10000;
-
-}  // namespace
 
 Reply record(Call& c) {
     State& st = c.st;
