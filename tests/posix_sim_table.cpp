@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "command_table.h"
-#include "groups.h"
+#include "setting_groups.h"
 #include "kvnsdk2.h"
 #include "store.h"
 #include "terminal.h"

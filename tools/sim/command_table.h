@@ -7,8 +7,8 @@
 #include <cstdint>
 #include <span>
 
-#include "commands.h"
-#include "groups.h"
+#include "command_ids.h"
+#include "setting_groups.h"
 #include "request.h"
 
 namespace kvnsim {

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "command_table.h"
-#include "groups.h"
+#include "setting_groups.h"
 #include "state.h"
 
 namespace kvnsim {

@@ -13,10 +13,10 @@
 #include <vector>
 
 #include "blob.h"
-#include "groups.h"
+#include "setting_groups.h"
 #include "journal.h"
 #include "store.h"
-#include "user_record.h"
+#include "user_codec.h"
 #include "wire.h"
 
 namespace kvnsim {

@@ -1,6 +1,6 @@
 // Settings groups: checking a set against a group's fields, merging it into what
 // is held, the defaults from their rows, and the store of every group.
-#include "groups.h"
+#include "setting_groups.h"
 
 #include <algorithm>
 #include <cstdlib>

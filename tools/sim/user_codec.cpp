@@ -1,4 +1,4 @@
-#include "user_record.h"
+#include "user_codec.h"
 
 #include <algorithm>
 

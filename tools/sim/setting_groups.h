@@ -12,7 +12,7 @@
 #include <string_view>
 #include <vector>
 
-#include "commands.h"
+#include "command_ids.h"
 #include "store.h"
 #include "wire.h"
 
