@@ -41,19 +41,19 @@ Reply read_serial(State& st, uint8_t serial_tag, bool with_length) {
 
 }  // namespace
 
-const GroupSpec kCsn{{U32(1), U32(2)}, {{1, 0}, {2, 0}}, {}};
+const Group kCsn{{U32(1), U32(2)}, {{1, 0}, {2, 0}}, {}};
 // The access keys are written, never read back.
-const GroupSpec kAccessKeys{{EX(6, 16), EX(3, 16), EX(4, 16), EX(16, 16)}, {}, {}};
+const Group kAccessKeys{{EX(6, 16), EX(3, 16), EX(4, 16), EX(16, 16)}, {}, {}};
 // The 1K layout (flag 8, blocks 7) and the 4K layout (flag 10, blocks 9).
-const GroupSpec kMifare{{U8(8), EX(7, 255), U8(10), EX(9, 255)}, {{8, 0}, {10, 0}}, {}};
-const GroupSpec kDesfire{{U32(13), U8(14), U32(15)}, {{13, 0}, {14, 0}, {15, 0}}, {}};
-const GroupSpec kKeyFlags{{U32(5), U32(20), U32(19)}, {{5, 0}, {20, 0}, {19, 0}}, {}};
+const Group kMifare{{U8(8), EX(7, 255), U8(10), EX(9, 255)}, {{8, 0}, {10, 0}}, {}};
+const Group kDesfire{{U32(13), U8(14), U32(15)}, {{13, 0}, {14, 0}, {15, 0}}, {}};
+const Group kKeyFlags{{U32(5), U32(20), U32(19)}, {{5, 0}, {20, 0}, {19, 0}}, {}};
 // A HID layout set replaces the group, so a block sent without its flag is forgotten.
-const GroupSpec kHid{{U8(30), EX(29, 255), U8(32), EX(31, 255), U8(34), EX(33, 8)}, {{30, 0}, {32, 0}, {34, 0}}, {}};
-const GroupSpec kPreference{{U16(40)}, {{40, 1}}, {}};
+const Group kHid{{U8(30), EX(29, 255), U8(32), EX(31, 255), U8(34), EX(33, 8)}, {{30, 0}, {32, 0}, {34, 0}}, {}};
+const Group kPreference{{U16(40)}, {{40, 1}}, {}};
 // PACS: written under tag 41, read under tag 1.
-const GroupSpec kPacs{{U32(1)}, {{1, 0}}, {}};
-const GroupSpec kSrlServer{{U32(1), U32(3), TXT(2, 1024)}, {{1, 0}, {3, 0}}, {}};
+const Group kPacs{{U32(1)}, {{1, 0}}, {}};
+const Group kSrlServer{{U32(1), U32(3), TXT(2, 1024)}, {{1, 0}, {3, 0}}, {}};
 
 Reply serial(Call& c) { return read_serial(c.st, 12, true); }
 

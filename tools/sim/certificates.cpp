@@ -31,7 +31,7 @@ Reply name_list(uint8_t tag, const std::vector<std::string>& names) {
 
 }  // namespace
 
-const GroupSpec kVpnProfile{cat({{U32(17), TXT(2, 51), U32(3)}, range(TXT51, 4, 9), {U32(10)}, range(TXT51, 11, 16)}),
+const Group kVpnProfile{cat({{U32(17), TXT(2, 51), U32(3)}, range(TXT51, 4, 9), {U32(10)}, range(TXT51, 11, 16)}),
                             {{17, 0}, {3, 0}, {10, 0}},
                             {}};
 

@@ -148,7 +148,7 @@ constexpr Command kTable[] = {
 
 }  // namespace
 
-const GroupSpec& Call::group() const { return *cmd.group; }
+const Group& Call::group() const { return *cmd.group; }
 
 std::span<const Command> command_table() { return kTable; }
 
@@ -159,7 +159,7 @@ const Command* find_command(uint32_t id) {
     return it != end && id_of(it->id) == id ? it : nullptr;
 }
 
-const GroupSpec* group_spec(Cmd id) {
+const Group* group_of(Cmd id) {
     const Command* row = find_command(id_of(id));
     return row ? row->group : nullptr;
 }

@@ -22,7 +22,7 @@ struct Call {
     Session& session;  // the connection's (file transfers)
     const Request& rq;
     const Command& cmd;
-    const GroupSpec& group() const;
+    const Group& group() const;
 };
 using Handler = Reply (*)(Call&);
 
@@ -51,7 +51,7 @@ struct Command {
     Family family;
     uint8_t types;            // request types taken (bits of kSet ... kDownload)
     Handler handler;
-    const GroupSpec* group;   // the settings group the command keeps, if any
+    const Group* group;   // the settings group the command keeps, if any
 };
 
 // The whole table, in id order.
@@ -59,6 +59,6 @@ std::span<const Command> command_table();
 // The row of a command id, or null.
 const Command* find_command(uint32_t id);
 // The settings group kept under a command id, or null.
-const GroupSpec* group_spec(Cmd id);
+const Group* group_of(Cmd id);
 
 }  // namespace kvnsim

@@ -76,13 +76,13 @@ const InfoRow kInfo[] = {
 
 }  // namespace
 
-const GroupSpec kProductInfo{{U32(1), TXT(2, 50)}, {{1, 100}, {2, "KVN terminal simulator"}}, {}};
+const Group kProductInfo{{U32(1), TXT(2, 50)}, {{1, 100}, {2, "KVN terminal simulator"}}, {}};
 // Tag 1 of the date and time is the clock itself, kept apart (see clock).
-const GroupSpec kDateTime{{U32(2), TXT(5, 1024), U32(6)}, {{2, 0}, {5, "UTC"}, {6, 0}}, {}};
-const GroupSpec kSecurity{{U32(1), TXT(2, 11)}, {{1, 0}}, {}};
+const Group kDateTime{{U32(2), TXT(5, 1024), U32(6)}, {{2, 0}, {5, "UTC"}, {6, 0}}, {}};
+const Group kSecurity{{U32(1), TXT(2, 11)}, {{1, 0}}, {}};
 // Debug value 1 is written but never answered.
-const GroupSpec kDebugLog{{U32(1), U32(2)}, {{1, 0}, {2, 0}}, {1}};
-const GroupSpec kVnc{{U8(2), TXT(3, 21)}, {{2, 0}}, {}};
+const Group kDebugLog{{U32(1), U32(2)}, {{1, 0}, {2, 0}}, {1}};
+const Group kVnc{{U8(2), TXT(3, 21)}, {{2, 0}}, {}};
 
 // Date and time: tag 1 is the terminal's clock in seconds since 1970; setting it
 // moves the clock, which then keeps running.

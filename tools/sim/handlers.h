@@ -50,14 +50,14 @@ Reply template_count(Call& c);
 }  // namespace biometrics
 
 namespace user_groups {  // user_groups.cpp
-extern const GroupSpec kDisplayImage;
+extern const Group kDisplayImage;
 Reply group(Call& c);
 Reply count(Call& c);
 Reply clear(Call& c);
 }  // namespace user_groups
 
 namespace indication {  // indication.cpp
-extern const GroupSpec kLed, kBuzzer, kAudio, kLcd, kDeviceNotification;
+extern const Group kLed, kBuzzer, kAudio, kLcd, kDeviceNotification;
 Reply audio(Call& c);
 Reply audio_play(Call& c);
 Reply audio_stop(Call& c);
@@ -67,7 +67,7 @@ Reply display_image(Call& c);
 }  // namespace indication
 
 namespace sensors {  // sensors.cpp
-extern const GroupSpec kBiometric, kMultiUser, kNextSensor, kAutoOn, kProximity, kFireAlarm, kAntiShock;
+extern const Group kBiometric, kMultiUser, kNextSensor, kAutoOn, kProximity, kFireAlarm, kAntiShock;
 Reply test(Call& c);
 Reply reset(Call& c);
 Reply fire_alarm(Call& c);
@@ -75,18 +75,18 @@ Reply antishock(Call& c);
 }  // namespace sensors
 
 namespace door {  // door.cpp
-extern const GroupSpec kDac;
+extern const Group kDac;
 Reply dac(Call& c);
 }  // namespace door
 
 namespace network {  // network.cpp
 constexpr char kMac[] = "00:1A:2B:3C:4D:5E";  // the Ethernet MAC, fixed
-extern const GroupSpec kEthernet, kSerial, kUsbAuxiliary;
+extern const Group kEthernet, kSerial, kUsbAuxiliary;
 Reply ethernet(Call& c);
 }  // namespace network
 
 namespace device {  // device.cpp
-extern const GroupSpec kProductInfo, kDateTime, kSecurity, kDebugLog, kVnc;
+extern const Group kProductInfo, kDateTime, kSecurity, kDebugLog, kVnc;
 Reply clock(Call& c);
 Reply info(Call& c);
 Reply status(Call& c);
@@ -96,7 +96,7 @@ Reply factory_default(Call& c);
 }  // namespace device
 
 namespace wireless {  // wireless.cpp
-extern const GroupSpec kSystemNotification, kSsl, kWifiStatus, kEthernetSecurity;
+extern const Group kSystemNotification, kSsl, kWifiStatus, kEthernetSecurity;
 Reply scan(Call& c);
 Reply connect(Call& c);
 Reply info(Call& c);
@@ -106,7 +106,7 @@ namespace certificates {  // certificates.cpp
 constexpr uint32_t kVpnAddress = ip(10, 8, 0, 2);  // the terminal's address while the VPN is up
 // The VPN is up while the profile's value 17 is non-zero.
 bool vpn_up(State& st);
-extern const GroupSpec kVpnProfile;
+extern const Group kVpnProfile;
 Reply ssl_list(Call& c);
 Reply user_list(Call& c);
 Reply ca_list(Call& c);
@@ -117,12 +117,12 @@ Reply vpn_status(Call& c);
 }  // namespace certificates
 
 namespace io {  // io.cpp
-extern const GroupSpec kInputPurpose, kOutputPurpose, kTimeAttendance, kJobCodes;
+extern const Group kInputPurpose, kOutputPurpose, kTimeAttendance, kJobCodes;
 Reply job_codes(Call& c);
 }  // namespace io
 
 namespace voip {  // voip.cpp
-extern const GroupSpec kVoip, kContacts;
+extern const Group kVoip, kContacts;
 Reply contacts(Call& c);
 Reply default_contact(Call& c);
 }  // namespace voip
@@ -149,13 +149,13 @@ Reply action(Call& c);
 }  // namespace files
 
 namespace schedules {  // schedules.cpp
-extern const GroupSpec kWeek, kHoliday, kAccess;
+extern const Group kWeek, kHoliday, kAccess;
 Reply indexed(Call& c);
 Reply names(Call& c);
 }  // namespace schedules
 
 namespace cards {  // cards.cpp
-extern const GroupSpec kCsn, kAccessKeys, kMifare, kDesfire, kKeyFlags, kHid, kPreference, kPacs, kSrlServer;
+extern const Group kCsn, kAccessKeys, kMifare, kDesfire, kKeyFlags, kHid, kPreference, kPacs, kSrlServer;
 Reply serial(Call& c);
 Reply prox_serial(Call& c);
 Reply pacs(Call& c);
@@ -169,7 +169,7 @@ Reply revoked_count(Call& c);
 }  // namespace cards
 
 namespace wiegand {  // wiegand.cpp
-extern const GroupSpec kInput, kOutput, kPulse, kMultiInput;
+extern const Group kInput, kOutput, kPulse, kMultiInput;
 Reply upload(Call& c);
 Reply list(Call& c);
 Reply remove(Call& c);

@@ -59,11 +59,11 @@ Reply media_list(const State& st, uint8_t name_tag, uint8_t text_tag, const Medi
 
 }  // namespace
 
-const GroupSpec kLed{indication_fields(17), indication_defaults(17), {}};
-const GroupSpec kBuzzer{indication_fields(18), indication_defaults(18), {}};
-const GroupSpec kAudio{{KEYED(1, 3, 1, 18, {U32(3), TXT(4, 51), U8(5), TXT(6, 256), U32(7), U32(8)})}, {audio_entries()}, {}};
-const GroupSpec kLcd{{U32(1), TXT(2, 51)}, {{1, 1}, {2, "Welcome"}}, {}};
-const GroupSpec kDeviceNotification{{U8(1), TXT(2, 129), TXT(3, 51), TXT(4, 51), U32(5)}, {{1, 0}, {5, 0}}, {}};
+const Group kLed{indication_fields(17), indication_defaults(17), {}};
+const Group kBuzzer{indication_fields(18), indication_defaults(18), {}};
+const Group kAudio{{KEYED(1, 3, 1, 18, {U32(3), TXT(4, 51), U8(5), TXT(6, 256), U32(7), U32(8)})}, {audio_entries()}, {}};
+const Group kLcd{{U32(1), TXT(2, 51)}, {{1, 1}, {2, "Welcome"}}, {}};
+const Group kDeviceNotification{{U8(1), TXT(2, 129), TXT(3, 51), TXT(4, 51), U32(5)}, {{1, 0}, {5, 0}}, {}};
 
 // Entries set one at a time carry their value under tag 8; the terminal keeps it
 // where every other form reads it, tag 7.

@@ -20,7 +20,7 @@ int32_t check_ethernet(const std::vector<Node>& in) {
 
 }  // namespace
 
-const GroupSpec kEthernet{{U32(1), U32(2), U32(3), U32(4), U32(5), U32(6), U32(7)},
+const Group kEthernet{{U32(1), U32(2), U32(3), U32(4), U32(5), U32(6), U32(7)},
                           {{1, 0},
                            {2, ip(192, 168, 1, 50)},
                            {3, 5005},
@@ -29,8 +29,8 @@ const GroupSpec kEthernet{{U32(1), U32(2), U32(3), U32(4), U32(5), U32(6), U32(7
                            {6, ip(192, 168, 1, 1)},
                            {7, ip(8, 8, 8, 8)}},
                           {}};
-const GroupSpec kSerial{range(U32, 1, 4), {{1, 115200}, {2, 8}, {3, 0}, {4, 1}}, {}};
-const GroupSpec kUsbAuxiliary{{U32(1)}, {{1, 0}}, {}};
+const Group kSerial{range(U32, 1, 4), {{1, 115200}, {2, 8}, {3, 0}, {4, 1}}, {}};
+const Group kUsbAuxiliary{{U32(1)}, {{1, 0}}, {}};
 
 // Ethernet: address mode 1 takes addresses from the network, so a set carries
 // none and those held stay as they are; a get adds the fixed MAC (tag 8).

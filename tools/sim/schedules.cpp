@@ -10,7 +10,7 @@ namespace kvnsim::schedules {
 namespace {
 
 // The field of a group's schedules: its keyed container.
-const Field* schedule_field(const GroupSpec& g) {
+const Field* schedule_field(const Group& g) {
     for (const Field& f : g.fields)
         if (f.kind == Kind::box && f.key != 0) return &f;
     return nullptr;
@@ -19,16 +19,16 @@ const Field* schedule_field(const GroupSpec& g) {
 }  // namespace
 
 // Seven days (0 to 6), each eight one-byte values.
-const GroupSpec kWeek{{U32(1), KEYED(2, 3, 0, 6, cat({{U8(3)}, range(U8, 4, 11)}))},
+const Group kWeek{{U32(1), KEYED(2, 3, 0, 6, cat({{U8(3)}, range(U8, 4, 11)}))},
                       {{1, 0}, entries(2, 7, 0, {{4, 0}, {5, 0}, {6, 0}, {7, 0}, {8, 0}, {9, 0}, {10, 0}, {11, 0}})},
                       {}};
 // Up to 64 schedules (tag 2) of up to 50 holidays (tag 6).
-const GroupSpec kHoliday{
+const Group kHoliday{
     {KEYED(1, 2, 0, 63, {U8(2), U32(3), TXT(4, 52), KEYED(5, 6, 0, 49, cat({{U8(6), U32(16), TXT(7, 51)}, range(U8, 8, 15)}))})},
     {},
     {}};
 // Up to 64 named schedules (tag 4), each of seven days (tag 9).
-const GroupSpec kAccess{
+const Group kAccess{
     {U32(1), U8(2), KEYED(3, 4, 0, 63, {U8(4), U32(5), TXT(6, 51), U8(7), KEYED(8, 9, 0, 6, cat({{U8(9)}, range(U8, 10, 17)}))})},
     {{1, 0}, {2, 0}},
     {}};

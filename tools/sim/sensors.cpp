@@ -21,20 +21,20 @@ Reply alarm(Call& c, uint8_t action, const char* text) {
 
 }  // namespace
 
-const GroupSpec kBiometric{
+const Group kBiometric{
     cat({range(U32, 1, 5), {U8(8)}, range(U32, 9, 15)}),
     {{1, 3}, {2, 1}, {3, 5}, {4, 0}, {5, 10}, {8, 1}, {9, 60}, {10, 0}, {11, 0}, {12, 0}, {13, 0}, {14, 0}, {15, 0}},
     {}};
-const GroupSpec kMultiUser{{U32(1), U8(2), KEYED(3, 4, 0, 2, {U8(4), U32(5), TXT(6, 64), U32(7)})},
+const Group kMultiUser{{U32(1), U8(2), KEYED(3, 4, 0, 2, {U8(4), U32(5), TXT(6, 64), U32(7)})},
                            {{1, 0}, {2, 0}, entries(3, 3, 0, {{5, 0}, {6, ""}, {7, 0}})},
                            {}};
-const GroupSpec kNextSensor{{U32(1), U32(2)}, {{1, 0}, {2, 0}}, {}};
-const GroupSpec kAutoOn{{U32(1)}, {{1, 1}}, {}};
-const GroupSpec kProximity{{U32(5), U32(4), U32(8)}, {{5, 1}, {4, 30}, {8, 0}}, {}};
+const Group kNextSensor{{U32(1), U32(2)}, {{1, 0}, {2, 0}}, {}};
+const Group kAutoOn{{U32(1)}, {{1, 1}}, {}};
+const Group kProximity{{U32(5), U32(4), U32(8)}, {{5, 1}, {4, 30}, {8, 0}}, {}};
 // Tag 9 is the fire alarm's clear action, never answered.
-const GroupSpec kFireAlarm{{U32(7), U32(9)}, {{7, 0}}, {9}};
+const Group kFireAlarm{{U32(7), U32(9)}, {{7, 0}}, {9}};
 // Tag 1 is the tamper alarm's clear action, never answered.
-const GroupSpec kAntiShock{range(U32, 1, 8), {{2, 1}, {3, 0}, {4, 0}, {5, 0}, {6, 0}, {7, 0}, {8, 0}}, {1}};
+const Group kAntiShock{range(U32, 1, 8), {{2, 1}, {3, 0}, {4, 0}, {5, 0}, {6, 0}, {7, 0}, {8, 0}}, {1}};
 
 // The sensor test: a 320 x 308 grey image with a ridge pattern.
 Reply test(Call& c) {

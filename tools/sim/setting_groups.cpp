@@ -209,7 +209,7 @@ void overlay(std::vector<Node>& into, std::vector<Node>&& incoming) {
     }
 }
 
-std::vector<Node> preset_nodes(const GroupSpec& g) {
+std::vector<Node> preset_nodes(const Group& g) {
     std::vector<Node> nodes;
     add_presets(g.fields, g.defaults, nodes);
     return nodes;
@@ -219,12 +219,12 @@ std::vector<Node>& GroupStore::nodes(Cmd id) {
     auto it = groups_.find(id);
     if (it != groups_.end()) return it->second;
     std::vector<Node>& nodes = groups_[id];
-    if (const GroupSpec* g = spec(id)) nodes = preset_nodes(*g);
+    if (const Group* g = group(id)) nodes = preset_nodes(*g);
     return nodes;
 }
 
 Bytes GroupStore::answer(Cmd id) {
-    const GroupSpec* g = spec(id);
+    const Group* g = group(id);
     Out o;
     for (const Node& n : nodes(id)) {
         if (g && std::find(g->hidden.begin(), g->hidden.end(), n.tag) != g->hidden.end()) continue;
@@ -269,7 +269,7 @@ void GroupStore::clear() {
 void GroupStore::load() {
     for (const std::string& key : store_.list("settings/")) {
         const Cmd id = Cmd(uint32_t(std::strtoul(key.c_str() + 9, nullptr, 10)));
-        const GroupSpec* g = spec(id);
+        const Group* g = group(id);
         Bytes b;
         if (g == nullptr || !store_.get(key, &b)) continue;
         std::vector<Node> nodes;

@@ -1,7 +1,7 @@
 // Settings groups: the shape of the elements a group takes, its defaults as rows
 // of data, and the store that keeps each group's current elements.
 //
-// A group is described once, by the family that owns it (GroupSpec), and bound
+// A group is described once (Group), by the family that owns it, and bound
 // to its command id in the command table. Set, get and reset of a plain group
 // need nothing more: the elements are checked against the fields, merged or
 // replaced, answered as stored, and reset to the preset rows.
@@ -68,7 +68,7 @@ struct Preset {
 Preset entries(uint8_t tag, uint32_t count, uint32_t first, std::vector<Preset> each);
 Preset entries(uint8_t tag, uint32_t count, std::vector<Preset> each);
 
-struct GroupSpec {
+struct Group {
     std::vector<Field> fields;
     std::vector<Preset> defaults;  // what a reset (or a group never set) holds
     std::vector<uint8_t> hidden;   // tags kept but never answered
@@ -87,7 +87,7 @@ void store_set(const std::vector<Field>& fields, std::vector<Node>& into, std::v
 // Scalars replace their tag and every other element stays as held.
 void overlay(std::vector<Node>& into, std::vector<Node>&& incoming);
 // The default elements of a group.
-std::vector<Node> preset_nodes(const GroupSpec& g);
+std::vector<Node> preset_nodes(const Group& g);
 
 Node* find(std::vector<Node>& nodes, uint8_t tag);
 const Node* find(const std::vector<Node>& nodes, uint8_t tag);
@@ -96,10 +96,10 @@ const Node* find(const std::vector<Node>& nodes, uint8_t tag);
 // "settings/<id>" when the store keeps state.
 class GroupStore {
 public:
-    using Lookup = const GroupSpec* (*)(Cmd id);
+    using Lookup = const Group* (*)(Cmd id);
     GroupStore(Store& store, Lookup lookup) : store_(store), lookup_(lookup) {}
 
-    const GroupSpec* spec(Cmd id) const { return lookup_(id); }
+    const Group* group(Cmd id) const { return lookup_(id); }
     // The group's elements; a group never set holds its defaults.
     std::vector<Node>& nodes(Cmd id);
     // The stored elements less the hidden ones, encoded.

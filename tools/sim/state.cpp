@@ -13,7 +13,7 @@ std::string file_key(uint32_t type, const std::string& name) { return "files/" +
 }  // namespace
 
 State::State(Store& s, uint32_t prefill_logs)
-    : store(s), groups(s, &group_spec), journal(s), prefill_logs_(prefill_logs) {}
+    : store(s), groups(s, &group_of), journal(s), prefill_logs_(prefill_logs) {}
 
 uint32_t State::now() const {
     const int64_t t = std::chrono::duration_cast<std::chrono::seconds>(

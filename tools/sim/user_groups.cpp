@@ -44,7 +44,7 @@ Reply page(Call& c) {
 }  // namespace
 
 // The display image value: a get's 1024 zero bytes are not read.
-const GroupSpec kDisplayImage{{U32(4)}, {{4, 0}}, {}};
+const Group kDisplayImage{{U32(4)}, {{4, 0}}, {}};
 
 Reply group(Call& c) {
     if (c.rq.type == kGet) return page(c);

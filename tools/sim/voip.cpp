@@ -15,9 +15,9 @@ bool is_default(const Node& contact) {
 
 }  // namespace
 
-const GroupSpec kVoip{{U32(1), TXT(2, 1025), TXT(3, 21), TXT(4, 21), TXT(5, 21), U32(7)}, {{1, 0}, {7, 5060}}, {}};
+const Group kVoip{{U32(1), TXT(2, 1025), TXT(3, 21), TXT(4, 21), TXT(5, 21), U32(7)}, {{1, 0}, {7, 5060}}, {}};
 // Ten empty contacts, kept in the order sent.
-const GroupSpec kContacts{{LIST(1, {TXT(2, 21), TXT(3, 21), U32(4)})}, {entries(1, 10, {{4, 0}})}, {}};
+const Group kContacts{{LIST(1, {TXT(2, 21), TXT(3, 21), U32(4)})}, {entries(1, 10, {{4, 0}})}, {}};
 
 // Contact ids (inner tag 2) unique, at most one contact marked default (value 4 = 1).
 Reply contacts(Call& c) {

@@ -10,13 +10,13 @@ constexpr size_t kMaxFormats = 20;
 
 }  // namespace
 
-const GroupSpec kInput{{U8(3), U32(9), U32(29), U8(1)}, {{3, 0}, {9, 0}, {29, 0}, {1, 0}}, {}};
-const GroupSpec kOutput{cat({{U32(10), U32(26)}, range(U8, 11, 18), {U8(27), U8(28)}}),
+const Group kInput{{U8(3), U32(9), U32(29), U8(1)}, {{3, 0}, {9, 0}, {29, 0}, {1, 0}}, {}};
+const Group kOutput{cat({{U32(10), U32(26)}, range(U8, 11, 18), {U8(27), U8(28)}}),
                         {{10, 0}, {26, 0}, {11, 0}, {12, 0}, {13, 0}, {14, 0}, {15, 0}, {16, 0}, {17, 0}, {18, 0}, {27, 0}, {28, 0}},
                         {}};
-const GroupSpec kPulse{{U8(7), U16(8)}, {{7, 1}, {8, 1000}}, {}};
+const Group kPulse{{U8(7), U16(8)}, {{7, 1}, {8, 1000}}, {}};
 // A set replaces all five containers (tag 31).
-const GroupSpec kMultiInput{{U32(32), U32(33), U32(34), LIST(31, {U8(3), U32(9), U32(29), U8(1)})},
+const Group kMultiInput{{U32(32), U32(33), U32(34), LIST(31, {U8(3), U32(9), U32(29), U8(1)})},
                             {{32, 0}, {33, 0}, {34, 0}, entries(31, 5, {{3, 0}, {9, 0}, {29, 0}, {1, 0}})},
                             {}};
 

@@ -27,11 +27,11 @@ constexpr uint32_t kLinkAddresses[] = {ip(192, 168, 20, 31), ip(255, 255, 255, 0
 
 }  // namespace
 
-const GroupSpec kSystemNotification{{U32(1), TXT(2, 1024)}, {{1, 0}, {2, ""}}, {}};
+const Group kSystemNotification{{U32(1), TXT(2, 1024)}, {{1, 0}, {2, ""}}, {}};
 // The SSL secret (tag 5) is written but never answered.
-const GroupSpec kSsl{{U32(3), U32(6), TXT(4, 51), TXT(5, 33)}, {{3, 0}, {6, 0}}, {5}};
-const GroupSpec kWifiStatus{{U8(2)}, {{2, 1}}, {}};
-const GroupSpec kEthernetSecurity{{U32(1), LIST(2, {TXT(3, 16)}), LIST(4, {EX(5, 17)})}, {{1, 0}}, {}};
+const Group kSsl{{U32(3), U32(6), TXT(4, 51), TXT(5, 33)}, {{3, 0}, {6, 0}}, {5}};
+const Group kWifiStatus{{U8(2)}, {{2, 1}}, {}};
+const Group kEthernetSecurity{{U32(1), LIST(2, {TXT(3, 16)}), LIST(4, {EX(5, 17)})}, {{1, 0}}, {}};
 
 // The networks around, then the joined network's connect elements; tag 15 is one
 // byte in the answers (1 while joined), not the address the connect request
