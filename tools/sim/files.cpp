@@ -1,14 +1,14 @@
-// File transfer (120), the actions on transferred files (601), and loading and
-// saving the terminal's state.
+// File transfer and the actions on transferred files: firmware upgrade, backup
+// restore, CSV export and import of the user list.
 //
 // File types: 1 firmware package, 2 backup package, 3 CSV user list, 4 image,
 // 5 audio, 6 certificate; 0 and 7 to 15 are plain files.
 #include <algorithm>
 
+#include "handlers.h"
 #include "kvnsdk2.h"
-#include "terminal.h"
 
-namespace kvnsim {
+namespace kvnsim::files {
 namespace {
 
 constexpr uint32_t kPacket = 65536;
@@ -21,33 +21,13 @@ bool valid_name(const std::string& name) {
     return std::none_of(name.begin(), name.end(), [](char c) { return c == '/' || c == '\\' || c < 0x20; });
 }
 
-std::string file_key(uint32_t type, const std::string& name) { return "files/" + std::to_string(type) + "/" + hex(name); }
-
-Reply answer(Out&& o) {
-    Reply r;
-    r.payload = std::move(o.bytes);
-    return r;
-}
-
 }  // namespace
 
-const Blob* Terminal::file(uint32_t type, const std::string& name) const {
-    auto it = files_.find({type, name});
-    return it == files_.end() ? nullptr : &it->second;
-}
-
-void Terminal::save_file(uint32_t type, const std::string& name) {
-    if (!store_.persistent()) return;
-    if (const Blob* f = file(type, name)) {
-        std::vector<std::pair<const uint8_t*, size_t>> parts;
-        for (const Blob::Piece& p : f->pieces()) parts.emplace_back(p.buf.get() + p.off, p.len);
-        store_.put_parts(file_key(type, name), parts);
-    } else {
-        store_.remove(file_key(type, name));
-    }
-}
-
-Reply Terminal::files(Session& s, const Request& rq) {
+// Upload and download starts, packets in order (set: upload, get: download) and delete (reset).
+Reply transfer(Call& c) {
+    Session& s = c.session;
+    State& st = c.st;
+    const Request& rq = c.rq;
     std::vector<Elem> in;
     if (!split(rq.data, rq.size, &in)) return Reply::of(KVN_E_INVALID_DATA_RECEIVED);
     uint32_t type = 0, size = 0, packets = 0, id = 0, packet = 0;
@@ -90,26 +70,26 @@ Reply Terminal::files(Session& s, const Request& rq) {
                 t.size = size;
                 t.packets = packets;
             } else {
-                const Blob* f = file(type, name);
+                const Blob* f = st.file(type, name);
                 if (f == nullptr) return Reply::of(KVN_E_DEVICE_FAILED_TO_OPEN_FILE);
                 t.size = uint32_t(f->size());
                 t.packets = (t.size + kPacket - 1) / kPacket;
                 t.data = *f;
             }
             if (s.start_packets != 0) t.packets = s.start_packets;  // a terminal that miscounts
-            const uint32_t tid = next_transfer_++;
+            const uint32_t tid = st.next_transfer++;
             Out o;
             o.u32(1, tid);
             o.u32(6, t.size);
             o.u32(7, t.packets);
             if (t.upload && t.packets == 0) {
-                files_[{type, name}] = Blob();
-                save_file(type, name);
+                st.files[{type, name}] = Blob();
+                st.save_file(type, name);
             } else {
                 if (s.transfers.size() >= kMaxTransfers) s.transfers.erase(s.transfers.begin());
                 s.transfers.emplace(tid, std::move(t));
             }
-            return answer(std::move(o));
+            return Reply::with(std::move(o));
         }
         case kSet: {
             if (!have_id || !have_packet || data == nullptr) return Reply::of(KVN_E_INVALID_DATA_RECEIVED);
@@ -128,8 +108,8 @@ Reply Terminal::files(Session& s, const Request& rq) {
             else t.data.append_copy(data->value, data->length);
             ++t.next;
             if (t.next > t.packets) {
-                files_[{t.file_type, t.name}] = std::move(t.data);
-                save_file(t.file_type, t.name);
+                st.files[{t.file_type, t.name}] = std::move(t.data);
+                st.save_file(t.file_type, t.name);
                 s.transfers.erase(it);
             }
             return Reply{};
@@ -149,12 +129,12 @@ Reply Terminal::files(Session& s, const Request& rq) {
             const size_t at = o.bytes.size();
             o.bytes.resize(at + n);
             t.data.read(from, n, o.bytes.data() + at);
-            return answer(std::move(o));
+            return Reply::with(std::move(o));
         }
         case kReset: {
             if (!have_type || !valid_name(name)) return Reply::of(KVN_E_INVALID_FILE_NAME);
-            if (files_.erase({type, name}) == 0) return Reply::of(KVN_E_FAILED_TO_REMOVE_FILE);
-            save_file(type, name);
+            if (st.files.erase({type, name}) == 0) return Reply::of(KVN_E_FAILED_TO_REMOVE_FILE);
+            st.save_file(type, name);
             return Reply{};
         }
         default:
@@ -165,7 +145,9 @@ Reply Terminal::files(Session& s, const Request& rq) {
 // 601: the action is named by the tag that carries the byte 1: 5 firmware
 // upgrade, 7 backup restore, 8 CSV export (get), 9 CSV import; tag 10 names
 // the CSV file (type 3).
-Reply Terminal::firmware(const Request& rq) {
+Reply action(Call& c) {
+    State& st = c.st;
+    const Request& rq = c.rq;
     std::vector<Elem> in;
     if (!split(rq.data, rq.size, &in)) return Reply::of(KVN_E_INVALID_DATA_RECEIVED);
     uint8_t action = 0;
@@ -185,7 +167,7 @@ Reply Terminal::firmware(const Request& rq) {
     if (action == 0) return Reply::of(KVN_E_PAYLOAD_NOT_RECEIVED);
     if ((action == 8) != (rq.type == kGet)) return Reply::of(KVN_E_INVALID_REQUEST_TYPE);
     auto newest = [&](uint32_t type) -> const Blob* {
-        for (const auto& [key, data] : files_)
+        for (const auto& [key, data] : st.files)
             if (key.first == type && !data.empty()) return &data;
         return nullptr;
     };
@@ -197,17 +179,17 @@ Reply Terminal::firmware(const Request& rq) {
         case 8: {
             if (!valid_name(name)) return Reply::of(KVN_E_INVALID_FILE_NAME);
             std::string csv = "user_id,name\n";
-            for (const auto& [id, u] : users_) {
+            for (const auto& [id, u] : st.users) {
                 const Node* n3 = u.field(3);
                 csv += id + "," + (n3 ? n3->text() : std::string()) + "\n";
             }
-            files_[{3, name}] = Blob(reinterpret_cast<const uint8_t*>(csv.data()), csv.size());
-            save_file(3, name);
+            st.files[{3, name}] = Blob(reinterpret_cast<const uint8_t*>(csv.data()), csv.size());
+            st.save_file(3, name);
             return Reply{};
         }
         default: {
             if (!valid_name(name)) return Reply::of(KVN_E_INVALID_FILE_NAME);
-            const Blob* f = file(3, name);
+            const Blob* f = st.file(3, name);
             if (f == nullptr) return Reply::of(KVN_E_DEVICE_FAILED_TO_OPEN_FILE);
             const Bytes content = f->bytes();
             const std::string csv(content.begin(), content.end());
@@ -226,131 +208,17 @@ Reply Terminal::firmware(const Request& rq) {
                 const size_t comma = line.find(',');
                 const std::string id = line.substr(0, comma);
                 const std::string nm = comma == std::string::npos ? "" : line.substr(comma + 1, 50);
-                if (id.empty() || id.size() > 64 || users_.count(id)) continue;
+                if (id.empty() || id.size() > 64 || st.users.count(id)) continue;
                 User u;
                 u.id = id;
                 u.fields.push_back(Node{2, Bytes(id.begin(), id.end()), {}});
                 u.fields.push_back(Node{3, Bytes(nm.begin(), nm.end()), {}});
-                save_user(u);
-                users_[id] = std::move(u);
+                st.save_user(u);
+                st.users[id] = std::move(u);
             }
             return Reply{};
         }
     }
 }
 
-// ---------------------------------------------------------------------------
-// State on disk.
-
-void Terminal::save_misc() {
-    Out o;
-    uint8_t off[8];
-    for (int i = 0; i < 8; ++i) off[i] = uint8_t(uint64_t(clock_offset_) >> (8 * i));
-    o.element(1, off, 8);
-    for (const Bytes& c : revoked_) o.element(2, c);
-    for (const std::string& n : user_certs_) o.text(3, n);
-    for (const std::string& n : ca_certs_) o.text(4, n);
-    if (!wifi_link_.empty()) {
-        const size_t at = o.open();
-        o.nodes(wifi_link_);
-        o.close(at, 5);
-    }
-    for (const auto& [id, f] : formats_) {
-        const size_t at = o.open();
-        o.u8(1, f.id);
-        o.text(2, f.name);
-        o.element(3, f.payload);
-        o.close(at, 6);
-    }
-    store_.put("misc", o.bytes);
-}
-
-void Terminal::load_misc() {
-    Bytes b;
-    if (!store_.get("misc", &b)) return;
-    std::vector<Elem> in;
-    if (!split(b, &in)) return;
-    for (const Elem& e : in) {
-        switch (e.tag) {
-            case 1:
-                if (e.length == 8) {
-                    uint64_t v = 0;
-                    for (int i = 7; i >= 0; --i) v = (v << 8) | e.value[i];
-                    clock_offset_ = int64_t(v);
-                }
-                break;
-            case 2:
-                revoked_.push_back(e.bytes());
-                break;
-            case 3:
-                user_certs_.push_back(e.text());
-                break;
-            case 4:
-                ca_certs_.push_back(e.text());
-                break;
-            case 5: {
-                std::vector<Elem> kids;
-                if (split(e.value, e.length, &kids))
-                    for (const Elem& k : kids) wifi_link_.push_back(Node{k.tag, k.bytes(), {}});
-                break;
-            }
-            case 6: {
-                std::vector<Elem> kids;
-                if (!split(e.value, e.length, &kids)) break;
-                WiegandFormat f;
-                for (const Elem& k : kids) {
-                    if (k.tag == 1) f.id = k.u8();
-                    if (k.tag == 2) f.name = k.text();
-                    if (k.tag == 3) f.payload = k.bytes();
-                }
-                formats_[f.id] = std::move(f);
-                break;
-            }
-            default:
-                break;
-        }
-    }
-}
-
-bool Terminal::load(std::string* error) {
-    std::lock_guard<std::mutex> lock(mutex_);
-    if (!journal_.load(prefill_logs_, error)) return false;
-    if (!store_.persistent()) return true;
-    for (const std::string& key : store_.list("settings/")) {
-        const uint32_t id = uint32_t(std::strtoul(key.c_str() + 9, nullptr, 10));
-        const Group* g = group(id);
-        Bytes b;
-        if (g == nullptr || !store_.get(key, &b)) continue;
-        std::vector<Node> nodes;
-        if (parse(g->fields, b.data(), b.size(), &nodes) == 0) groups_[id] = std::move(nodes);
-    }
-    for (const std::string& key : store_.list("users/")) {
-        Bytes b;
-        User u;
-        if (store_.get(key, &b) && parse_user(b.data(), b.size(), &u) == 0) users_[u.id] = std::move(u);
-    }
-    Bytes b;
-    if (store_.get("user_groups", &b)) {
-        std::vector<Elem> in, kids;
-        if (split(b, &in))
-            for (const Elem& e : in) {
-                if (!split(e.value, e.length, &kids)) continue;
-                uint32_t id = 0;
-                std::string name;
-                for (const Elem& k : kids) (k.tag == 2 ? (void)(id = k.u32()) : (void)(name = k.text()));
-                user_groups_[id] = name;
-            }
-    }
-    for (const std::string& dir : store_.list("files/")) {
-        const uint32_t type = uint32_t(std::strtoul(dir.c_str() + 6, nullptr, 10));
-        for (const std::string& key : store_.list(dir + "/")) {
-            Bytes data;
-            const std::string name = unhex(key.substr(dir.size() + 1));
-            if (!name.empty() && store_.get(key, &data)) files_[{type, name}] = Blob(data);
-        }
-    }
-    load_misc();
-    return true;
-}
-
-}  // namespace kvnsim
+}  // namespace kvnsim::files

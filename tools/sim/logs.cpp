@@ -1,10 +1,10 @@
 // Transaction logs: counts, reads by state, date and criteria, marks, delete-all.
 #include <algorithm>
 
+#include "handlers.h"
 #include "kvnsdk2.h"
-#include "terminal.h"
 
-namespace kvnsim {
+namespace kvnsim::logs {
 namespace {
 
 // One answer fills at most this much (the reader's buffer keeps one byte spare)
@@ -57,91 +57,62 @@ void encode_entry(Out& o, const LogEntry& e) {
     o.close(at, 1);
 }
 
-}  // namespace
+enum class Which { all, unread, read };
 
-Reply Terminal::logs(const Request& rq) {
-    auto count_answer = [](size_t n) {
-        Out o;
-        o.u32(6, uint32_t(n));
-        Reply r;
-        r.payload = std::move(o.bytes);
-        return r;
-    };
-    switch (rq.command) {
-        case 405:
-            return count_answer(journal_.size());
-        case 406:
-            return count_answer(journal_.size() - journal_.read_count());
-        case 407:
-            return count_answer(journal_.read_count());
-        case 413:  // the request carries a buffer the terminal does not read
-            journal_.clear();
-            return Reply{};
-        case 409:
-        case 410: {
-            std::vector<Elem> in;
-            if (!split(rq.data, rq.size, &in)) return Reply::of(KVN_E_INVALID_DATA_RECEIVED);
-            if (in.empty()) return Reply::of(KVN_E_PAYLOAD_NOT_RECEIVED);
-            if (rq.command == 410 && in.size() != 1) return Reply::of(KVN_E_INVALID_DATA_RECEIVED);
-            std::vector<size_t> at;
-            for (const Elem& e : in) {
-                if (e.tag != 7) return Reply::of(KVN_E_INVALID_TAG_RECEIVED);
-                if (e.length != 4) return Reply::of(KVN_E_INVALID_LENGTH_RECEIVED);
-                const int64_t pos = journal_.find(e.u32());
-                if (pos < 0) return Reply::of(KVN_E_INVALID_VALUE_RECEIVED);
-                at.push_back(size_t(pos));
-            }
-            for (size_t pos : at) journal_.set_flag(pos, rq.command == 409 ? Journal::kRead : Journal::kOnline);
-            return Reply{};
-        }
-        default:
-            break;
-    }
+Reply count_answer(size_t n) {
+    Out o;
+    o.u32(6, uint32_t(n));
+    return Reply::with(std::move(o));
+}
+
+// Reads the criteria of a read or count request; counts take no tags 2 and 3.
+int32_t criteria(Call& c, bool is_count, Criteria* out) {
     std::vector<Elem> in;
-    if (!split(rq.data, rq.size, &in)) return Reply::of(KVN_E_INVALID_DATA_RECEIVED);
-    const bool is_count = rq.command == 408 || rq.command == 411;
-    Criteria c;
+    if (!split(c.rq.data, c.rq.size, &in)) return KVN_E_INVALID_DATA_RECEIVED;
+    Criteria& cr = *out;
     for (const Elem& e : in) {
         switch (e.tag) {
             case 2:
             case 3:
-                if (is_count) return Reply::of(KVN_E_INVALID_TAG_RECEIVED);
-                if (e.length != 1) return Reply::of(KVN_E_INVALID_LENGTH_RECEIVED);
-                (e.tag == 2 ? c.limit : c.newest) = e.u8();
+                if (is_count) return KVN_E_INVALID_TAG_RECEIVED;
+                if (e.length != 1) return KVN_E_INVALID_LENGTH_RECEIVED;
+                (e.tag == 2 ? cr.limit : cr.newest) = e.u8();
                 break;
             case 4:
             case 5:
             case 11:
-                if (e.length != 4) return Reply::of(KVN_E_INVALID_LENGTH_RECEIVED);
-                (e.tag == 4 ? c.from : e.tag == 5 ? c.to : c.event) = e.u32();
+                if (e.length != 4) return KVN_E_INVALID_LENGTH_RECEIVED;
+                (e.tag == 4 ? cr.from : e.tag == 5 ? cr.to : cr.event) = e.u32();
                 break;
             case 12:
             case 13:
-                if (e.length > (e.tag == 12 ? 64u : 51u)) return Reply::of(KVN_E_INVALID_LENGTH_RECEIVED);
-                (e.tag == 12 ? c.user : c.text) = e.text();
+                if (e.length > (e.tag == 12 ? 64u : 51u)) return KVN_E_INVALID_LENGTH_RECEIVED;
+                (e.tag == 12 ? cr.user : cr.text) = e.text();
                 break;
             default:
-                return Reply::of(KVN_E_INVALID_TAG_RECEIVED);
+                return KVN_E_INVALID_TAG_RECEIVED;
         }
     }
-    const bool by_date = rq.command == 404 || rq.command == 408;
-    const size_t n = journal_.size();
-    if (is_count) {
-        size_t count = 0;
-        for (size_t i = 0; i < n; ++i)
-            if (matches(journal_.at(i), c, by_date)) ++count;
-        return count_answer(count);
-    }
-    const size_t limit = c.limit != 0 ? c.limit : kEntryLimit;
+    return 0;
+}
+
+// The entries that match, oldest first (newest first with tag 3 = 1), as many
+// as tag 2 asks or as fit one answer.
+Reply read(Call& c, Which which, bool by_date) {
+    Criteria cr;
+    if (int32_t rc = criteria(c, false, &cr); rc != 0) return Reply::of(rc);
+    const Journal& journal = c.st.journal;
+    const size_t n = journal.size();
+    const size_t limit = cr.limit != 0 ? cr.limit : kEntryLimit;
     Out o;
     size_t taken = 0;
     for (size_t k = 0; k < n && taken < limit; ++k) {
-        const size_t i = c.newest ? n - 1 - k : k;
-        const uint8_t f = journal_.flags(i);
-        if (rq.command == 402 && (f & Journal::kRead)) continue;
-        if (rq.command == 403 && !(f & Journal::kRead)) continue;
-        const LogEntry e = journal_.at(i);
-        if (!matches(e, c, by_date)) continue;
+        const size_t i = cr.newest ? n - 1 - k : k;
+        const uint8_t f = journal.flags(i);
+        if (which == Which::unread && (f & Journal::kRead)) continue;
+        if (which == Which::read && !(f & Journal::kRead)) continue;
+        const LogEntry e = journal.at(i);
+        if (!matches(e, cr, by_date)) continue;
         const size_t before = o.bytes.size();
         encode_entry(o, e);
         if (o.bytes.size() > kAnswerLimit) {
@@ -150,9 +121,58 @@ Reply Terminal::logs(const Request& rq) {
         }
         ++taken;
     }
-    Reply r;
-    r.payload = std::move(o.bytes);
-    return r;
+    return Reply::with(std::move(o));
 }
 
-}  // namespace kvnsim
+Reply count(Call& c, bool by_date) {
+    Criteria cr;
+    if (int32_t rc = criteria(c, true, &cr); rc != 0) return Reply::of(rc);
+    size_t count = 0;
+    for (size_t i = 0; i < c.st.journal.size(); ++i)
+        if (matches(c.st.journal.at(i), cr, by_date)) ++count;
+    return count_answer(count);
+}
+
+// Sets a flag on the listed entries (tag 7 each), all or none: one unknown id
+// refuses the list whole.
+Reply mark(Call& c, uint8_t flag, bool single) {
+    std::vector<Elem> in;
+    if (!split(c.rq.data, c.rq.size, &in)) return Reply::of(KVN_E_INVALID_DATA_RECEIVED);
+    if (in.empty()) return Reply::of(KVN_E_PAYLOAD_NOT_RECEIVED);
+    if (single && in.size() != 1) return Reply::of(KVN_E_INVALID_DATA_RECEIVED);
+    std::vector<size_t> at;
+    for (const Elem& e : in) {
+        if (e.tag != 7) return Reply::of(KVN_E_INVALID_TAG_RECEIVED);
+        if (e.length != 4) return Reply::of(KVN_E_INVALID_LENGTH_RECEIVED);
+        const int64_t pos = c.st.journal.find(e.u32());
+        if (pos < 0) return Reply::of(KVN_E_INVALID_VALUE_RECEIVED);
+        at.push_back(size_t(pos));
+    }
+    for (size_t pos : at) c.st.journal.set_flag(pos, flag);
+    return Reply{};
+}
+
+}  // namespace
+
+Reply read_all(Call& c) { return read(c, Which::all, false); }
+Reply read_unread(Call& c) { return read(c, Which::unread, false); }
+Reply read_read(Call& c) { return read(c, Which::read, false); }
+Reply read_for_date(Call& c) { return read(c, Which::all, true); }
+Reply read_for_criteria(Call& c) { return read(c, Which::all, false); }
+
+Reply count_total(Call& c) { return count_answer(c.st.journal.size()); }
+Reply count_unread(Call& c) { return count_answer(c.st.journal.size() - c.st.journal.read_count()); }
+Reply count_read(Call& c) { return count_answer(c.st.journal.read_count()); }
+Reply count_for_date(Call& c) { return count(c, true); }
+Reply count_for_criteria(Call& c) { return count(c, false); }
+
+Reply mark_read(Call& c) { return mark(c, Journal::kRead, false); }
+Reply mark_online(Call& c) { return mark(c, Journal::kOnline, true); }
+
+// The request carries a buffer the terminal does not read.
+Reply delete_all(Call& c) {
+    c.st.journal.clear();
+    return Reply{};
+}
+
+}  // namespace kvnsim::logs
