@@ -16,6 +16,7 @@ inline constexpr uint32_t kResponseHeaderSize = 24;  // after the sync word
 // Most pieces one request payload may be sent from (a few values by reference
 // and the encoded bytes around them).
 inline constexpr size_t kMaxPayloadPieces = 9;
+static_assert(kMaxPayloadPieces + 2 <= kMaxSendParts, "a frame's parts fit one gather write");
 
 // A request frame whose payload is `count` pieces, `length` bytes in all, sent
 // in one gather write.

@@ -106,9 +106,8 @@ int32_t tcp_close(kvn_device_conn* conn) noexcept {
 }
 
 int32_t tcp_send(kvn_conn_link* link, const ConstBuf* parts, size_t count) noexcept {
-    constexpr size_t kMaxParts = 8;
-    if (count > kMaxParts) return fail(WSAEINVAL, KVN_E_WRITE_TIMEOUT);
-    WSABUF bufs[kMaxParts];
+    if (count > kMaxSendParts) return fail(WSAEINVAL, KVN_E_WRITE_TIMEOUT);
+    WSABUF bufs[kMaxSendParts];
     DWORD n = 0;
     for (size_t i = 0; i < count; ++i) {
         if (parts[i].size == 0) continue;
@@ -165,7 +164,8 @@ int32_t tcp_receive(kvn_conn_link* link, uint8_t* buffer, uint32_t count) noexce
     return 0;
 }
 
-constexpr Transport kTcp{tcp_send, tcp_receive, tcp_open, tcp_close};
+// No scatter read here: the frame layer reads payload and CRC one after the other.
+constexpr Transport kTcp{tcp_send, tcp_receive, tcp_open, tcp_close, nullptr};
 
 }  // namespace
 
