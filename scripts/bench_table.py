@@ -77,11 +77,13 @@ def main():
 
     # CRC-32 per path.
     crc = runs.get("bench_crc32", {})
+    order = ["portable", "pclmul", "vpclmul256", "vpclmul512", "armcrc", "dispatch", "zlib"]
     paths = []
     for name in crc:
         parts = name.split("/")
         if parts[0] == "BM_Crc32" and parts[1] not in paths:
             paths.append(parts[1])
+    paths.sort(key=lambda p: order.index(p) if p in order else len(order))
     sizes = ["28", "1024", "65536", "524288"]
     crc_table = ["| CRC-32 | " + " | ".join(["28 B", "1 KiB", "64 KiB", "512 KiB"]) + " |",
                  "|---|" + "---:|" * len(sizes)]
