@@ -7,9 +7,11 @@
 #   scripts/test-crc-paths.sh [BUILD_DIR]     (default build/default, built already)
 set -euo pipefail
 cd "$(dirname "$0")/.."
-build=${1:-build/default}
+build=$(cd "${1:-build/default}" && pwd)
 tests="$build/tests/kvnsdk2_tests"
 [ -x "$tests" ] || { echo "no test program at $tests: build the default preset first" >&2; exit 1; }
+# The end-to-end tests leave their local transfer files in the working directory.
+cd "$build/tests"
 
 # The paths this machine runs are the instances of the parameterised CRC tests.
 paths=$(env -u KVN_CRC_IMPL "$tests" --gtest_list_tests --gtest_filter='Supported/Crc32Path.KnownVectors/*' |
