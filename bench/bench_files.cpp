@@ -12,7 +12,8 @@
 // Journal: a full answer of entries (just under 20480 bytes) decoded by
 // kvn_get_transaction_logs from an in-memory transport, in payload bytes per second.
 //
-// Run pinned to one CPU, client and simulator together:
+// Rates count the CPU time of the whole process. Run pinned to one CPU, client and
+// simulator together:
 //   taskset -c 0 ./bench_files
 #include <arpa/inet.h>
 #include <benchmark/benchmark.h>
@@ -317,11 +318,11 @@ void BM_LogPageDecode(benchmark::State& state) {
 
 }  // namespace
 
-BENCHMARK(BM_Upload5MB_Library)->UseRealTime()->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_Upload5MB_Raw)->UseRealTime()->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_Download5MB_Library)->UseRealTime()->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_Download5MB_Raw)->UseRealTime()->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_Download5MB_LibraryToDiskFile)->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Upload5MB_Library)->MeasureProcessCPUTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Upload5MB_Raw)->MeasureProcessCPUTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Download5MB_Library)->MeasureProcessCPUTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Download5MB_Raw)->MeasureProcessCPUTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Download5MB_LibraryToDiskFile)->MeasureProcessCPUTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_LogPageDecode);
 
 BENCHMARK_MAIN();

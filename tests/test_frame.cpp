@@ -3,7 +3,10 @@
 
 #include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
+#include <thread>
+#include <vector>
 
 #include "kvnsdk2.h"
 #include "peer.h"
@@ -133,6 +136,56 @@ TEST(ResponseFrame, CorruptedOrCutAnswers) {
         uint8_t buf[256];
         uint32_t len = sizeof buf;
         EXPECT_EQ(exchange(answer, buf, &len), rc) << kvntest::hex_dump(answer);
+    }
+}
+
+// An answer that arrives in pieces is checked whole: the CRC runs over each chunk of
+// the payload as it lands, across any split (inside the header, the payload, at the
+// payload's end, inside the CRC), and a bad byte in the last chunk still shows.
+TEST(ResponseFrame, AnswerArrivingInPiecesIsCheckedWhole) {
+    Bytes payload(5000);
+    for (size_t i = 0; i < payload.size(); ++i) payload[i] = static_cast<uint8_t>(i * 7 + i / 251);
+    const Bytes good = kvntest::response(0, payload);
+    Bytes bad_payload = good, bad_crc = good;
+    bad_payload[good.size() - 5] ^= 0x20;  // the payload's last byte
+    bad_crc[good.size() - 1] ^= 0x01;
+    const size_t end = 28 + payload.size();  // where the CRC starts
+    struct Case { const char* what; const Bytes* answer; std::vector<size_t> cuts; int32_t rc; };
+    const Case cases[] = {
+        {"inside the header", &good, {6, 17, 40}, 0},
+        {"every few bytes of the payload's start", &good, {29, 30, 33, 45, 46, 61, 62, 95, 300, 301}, 0},
+        {"odd chunks", &good, {1000, 1999, 3001, 4093}, 0},
+        {"at the payload's end", &good, {end}, 0},
+        {"inside the CRC", &good, {end + 1, end + 3}, 0},
+        {"bad payload byte in the last chunk", &bad_payload, {1000, end - 1}, -6},
+        {"bad CRC byte, split before it", &bad_crc, {end + 3}, -6},
+    };
+    for (const Case& k : cases) {
+        Bytes got(payload.size() + 1);
+        uint32_t len = static_cast<uint32_t>(got.size());
+        int32_t rc = 1;
+        with_peer(
+            [&](sock_t s) {
+                kvntest::read_request(s);
+                size_t from = 0;
+                for (size_t cut : k.cuts) {
+                    kvntest::write_bytes(s, Bytes(k.answer->begin() + static_cast<long>(from),
+                                                  k.answer->begin() + static_cast<long>(cut)));
+                    from = cut;
+                    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+                }
+                kvntest::write_bytes(s, Bytes(k.answer->begin() + static_cast<long>(from), k.answer->end()));
+            },
+            [&](kvn_device_conn& c) {
+                const uint32_t word = KVN_REQUEST_WORD(KVN_REQ_GET);
+                ASSERT_EQ(kvn_send_command(&c, &word, 120, nullptr, 0), 0);
+                rc = kvn_receive_response(&c, got.data(), &len);
+            });
+        EXPECT_EQ(rc, k.rc) << k.what;
+        EXPECT_EQ(len, payload.size()) << k.what;
+        if (k.rc == 0) {
+            EXPECT_EQ(0, std::memcmp(got.data(), payload.data(), payload.size())) << k.what;
+        }
     }
 }
 

@@ -39,9 +39,16 @@ int32_t receive_response(kvn_device_conn* conn, uint8_t* buffer, uint32_t* lengt
     // A payload as long as the buffer is refused: one byte always stays spare.
     if (buffer == nullptr || n >= *length) return KVN_E_TLV_BUFFER_OVERFLOW;
     *length = n;
-    if (int32_t rc = io.receive(link, buffer, n); rc != 0) return rc;
-    if (int32_t rc = io.receive(link, trailer, sizeof trailer); rc != 0) return rc;
-    crc = crc32(crc, buffer, n);
+    if (io.receive_parts != nullptr) {
+        // Payload and CRC in one scatter read; the CRC runs over each chunk of the
+        // payload as it lands, while it is still in cache.
+        const MutBuf parts[2] = {{buffer, n}, {trailer, sizeof trailer}};
+        if (int32_t rc = io.receive_parts(link, parts, 2, &crc); rc != 0) return rc;
+    } else {
+        if (int32_t rc = io.receive(link, buffer, n); rc != 0) return rc;
+        if (int32_t rc = io.receive(link, trailer, sizeof trailer); rc != 0) return rc;
+        crc = crc32_continue(crc, buffer, n);
+    }
     if (load_le32(trailer) != crc) return KVN_E_CRC_MISMATCH;
     // With a payload the status word is not consulted: terminals report
     // failures with an empty payload.

@@ -1,39 +1,12 @@
 #include "wire.h"
 
-#include <array>
+#include "link/crc32.h"
 
 namespace kvnsim {
 
-namespace {
-
-// Slicing by eight: table 0 is the register after shifting one byte value through;
-// table k, the contribution of a byte followed by k zero bytes.
-using CrcTables = std::array<std::array<uint32_t, 256>, 8>;
-constexpr CrcTables make_crc_tables() noexcept {
-    CrcTables t{};
-    for (uint32_t i = 0; i < 256; ++i) {
-        uint32_t c = i;
-        for (int bit = 0; bit < 8; ++bit) c = (c >> 1) ^ (0xEDB88320u & (0u - (c & 1u)));
-        t[0][i] = c;
-    }
-    for (size_t k = 1; k < 8; ++k)
-        for (size_t i = 0; i < 256; ++i) t[k][i] = (t[k - 1][i] >> 8) ^ t[0][t[k - 1][i] & 0xFFu];
-    return t;
-}
-constexpr CrcTables kCrc = make_crc_tables();
-
-}  // namespace
-
-uint32_t crc32(uint32_t crc, const uint8_t* p, size_t n) noexcept {
-    uint32_t c = ~crc;
-    for (; n >= 8; p += 8, n -= 8) {
-        const uint32_t lo = le32(p) ^ c, hi = le32(p + 4);
-        c = kCrc[7][lo & 0xFFu] ^ kCrc[6][(lo >> 8) & 0xFFu] ^ kCrc[5][(lo >> 16) & 0xFFu] ^ kCrc[4][lo >> 24] ^
-            kCrc[3][hi & 0xFFu] ^ kCrc[2][(hi >> 8) & 0xFFu] ^ kCrc[1][(hi >> 16) & 0xFFu] ^ kCrc[0][hi >> 24];
-    }
-    for (; n > 0; ++p, --n) c = kCrc[0][(c ^ *p) & 0xFFu] ^ (c >> 8);
-    return ~c;
-}
+// The frame CRC is the CRC component the library is built with too (link/crc32.h,
+// standard library only): one fast implementation, chosen for this CPU at run time.
+uint32_t crc32(uint32_t crc, const uint8_t* p, size_t n) noexcept { return kvn::crc32(crc, p, n); }
 
 bool split(const uint8_t* p, size_t n, std::vector<Elem>* out) {
     out->clear();

@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/ioctl.h>
+#include <sys/uio.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -234,7 +235,50 @@ int32_t serial_receive(kvn_conn_link* link, uint8_t* buffer, uint32_t count) noe
     return 0;
 }
 
-constexpr Transport kSerial{serial_send, serial_receive, serial_open, serial_close};
+// Payload and CRC in one readv() when both have arrived, the CRC run over each
+// chunk as it lands.
+int32_t serial_receive_parts(kvn_conn_link* link, const MutBuf* parts, size_t count, uint32_t* crc) noexcept {
+    if (count > kMaxReceiveParts) return fail(EINVAL, KVN_E_READ_TIMEOUT);
+    iovec iov[kMaxReceiveParts];
+    int n = 0;
+    for (size_t i = 0; i < count; ++i) {
+        if (parts[i].size == 0) continue;
+        iov[n].iov_base = parts[i].data;
+        iov[n].iov_len = parts[i].size;
+        ++n;
+    }
+    FoldAsRead fold(crc, count != 0 ? parts[0] : MutBuf{nullptr, 0});
+    iovec* next = iov;
+    const int fd = link->serial_handle;
+    const int limit = serial_limit(read_timeout_ms());
+    while (n > 0) {
+        if (limit > 0 && posix::wait_ready(fd, POLLIN, limit) != 1) return fail(errno, KVN_E_READ_TIMEOUT);
+        const ssize_t r = ::readv(fd, next, n);
+        if (r > 0) {
+            fold.arrived(static_cast<size_t>(r));
+            size_t done = static_cast<size_t>(r);
+            while (n > 0 && done >= next->iov_len) {
+                done -= next->iov_len;
+                ++next;
+                --n;
+            }
+            if (n > 0) {
+                next->iov_base = static_cast<uint8_t*>(next->iov_base) + done;
+                next->iov_len -= done;
+            }
+            continue;
+        }
+        // 0 is a hang-up here (the blocking read returns at least one byte otherwise).
+        if (r == 0) return fail(EIO, KVN_E_READ_TIMEOUT);
+        if (errno == EINTR) continue;
+        if ((errno == EAGAIN || errno == EWOULDBLOCK) && posix::wait_ready(fd, POLLIN, limit) == 1) continue;
+        return fail(errno, KVN_E_READ_TIMEOUT);
+    }
+    set_os_error(0);
+    return 0;
+}
+
+constexpr Transport kSerial{serial_send, serial_receive, serial_open, serial_close, serial_receive_parts};
 
 }  // namespace
 

@@ -154,7 +154,50 @@ int32_t tcp_receive(kvn_conn_link* link, uint8_t* buffer, uint32_t count) noexce
     return 0;
 }
 
-constexpr Transport kTcp{tcp_send, tcp_receive, tcp_open, tcp_close};
+// Payload and CRC in one recvmsg() when both have arrived; the CRC runs over each
+// chunk of the payload right after the copy that brought it.
+int32_t tcp_receive_parts(kvn_conn_link* link, const MutBuf* parts, size_t count, uint32_t* crc) noexcept {
+    if (count > kMaxReceiveParts) return fail(EINVAL, KVN_E_READ_TIMEOUT);
+    iovec iov[kMaxReceiveParts];
+    size_t n = 0;
+    for (size_t i = 0; i < count; ++i) {
+        if (parts[i].size == 0) continue;
+        iov[n].iov_base = parts[i].data;
+        iov[n].iov_len = parts[i].size;
+        ++n;
+    }
+    FoldAsRead fold(crc, count != 0 ? parts[0] : MutBuf{nullptr, 0});
+    iovec* next = iov;
+    const int fd = link->socket;
+    while (n > 0) {
+        msghdr msg{};
+        msg.msg_iov = next;
+        msg.msg_iovlen = static_cast<decltype(msg.msg_iovlen)>(n);
+        const ssize_t r = ::recvmsg(fd, &msg, MSG_DONTWAIT);
+        if (r > 0) {
+            fold.arrived(static_cast<size_t>(r));
+            size_t done = static_cast<size_t>(r);
+            while (n > 0 && done >= next->iov_len) {
+                done -= next->iov_len;
+                ++next;
+                --n;
+            }
+            if (n > 0) {
+                next->iov_base = static_cast<uint8_t*>(next->iov_base) + done;
+                next->iov_len -= done;
+            }
+            continue;
+        }
+        if (r == 0) return fail(ECONNRESET, KVN_E_READ_TIMEOUT);  // the peer closed the connection
+        if (errno == EINTR) continue;
+        if (errno != EAGAIN && errno != EWOULDBLOCK) return fail(errno, KVN_E_READ_TIMEOUT);
+        if (posix::wait_ready(fd, POLLIN, read_timeout_ms()) != 1) return fail(errno, KVN_E_READ_TIMEOUT);
+    }
+    set_os_error(0);
+    return 0;
+}
+
+constexpr Transport kTcp{tcp_send, tcp_receive, tcp_open, tcp_close, tcp_receive_parts};
 
 }  // namespace
 

@@ -125,7 +125,8 @@ int32_t serial_receive(kvn_conn_link* link, uint8_t* buffer, uint32_t count) noe
     return 0;
 }
 
-constexpr Transport kSerial{serial_send, serial_receive, serial_open, serial_close};
+// No scatter read here: the frame layer reads payload and CRC one after the other.
+constexpr Transport kSerial{serial_send, serial_receive, serial_open, serial_close, nullptr};
 
 }  // namespace
 

@@ -164,7 +164,48 @@ int32_t tcp_receive(kvn_conn_link* link, uint8_t* buffer, uint32_t count) noexce
     return 0;
 }
 
-constexpr Transport kTcp{tcp_send, tcp_receive, tcp_open, tcp_close};
+// Payload and CRC in one WSARecv() when both have arrived; the CRC runs over each
+// chunk of the payload right after the copy that brought it.
+int32_t tcp_receive_parts(kvn_conn_link* link, const MutBuf* parts, size_t count, uint32_t* crc) noexcept {
+    if (count > kMaxReceiveParts) return fail(WSAEINVAL, KVN_E_READ_TIMEOUT);
+    WSABUF bufs[kMaxReceiveParts];
+    DWORD n = 0;
+    for (size_t i = 0; i < count; ++i) {
+        if (parts[i].size == 0) continue;
+        bufs[n].buf = reinterpret_cast<CHAR*>(parts[i].data);
+        bufs[n].len = parts[i].size;
+        ++n;
+    }
+    FoldAsRead fold(crc, count != 0 ? parts[0] : MutBuf{nullptr, 0});
+    const SOCKET s = static_cast<SOCKET>(link->socket);
+    WSABUF* next = bufs;
+    while (n > 0) {
+        DWORD received = 0, flags = 0;
+        if (::WSARecv(s, next, n, &received, &flags, nullptr, nullptr) == SOCKET_ERROR) {
+            int err = ::WSAGetLastError();
+            if (err == WSAEINTR) continue;
+            if (err != WSAEWOULDBLOCK || wait_ready(s, false, read_timeout_ms(), &err) != 1) {
+                return fail(err, KVN_E_READ_TIMEOUT);
+            }
+            continue;
+        }
+        if (received == 0) return fail(WSAECONNRESET, KVN_E_READ_TIMEOUT);  // the peer closed the connection
+        fold.arrived(received);
+        while (n > 0 && received >= next->len) {
+            received -= next->len;
+            ++next;
+            --n;
+        }
+        if (n > 0) {
+            next->buf += received;
+            next->len -= received;
+        }
+    }
+    set_os_error(0);
+    return 0;
+}
+
+constexpr Transport kTcp{tcp_send, tcp_receive, tcp_open, tcp_close, tcp_receive_parts};
 
 }  // namespace
 
