@@ -8,19 +8,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-need="g++-aarch64-linux-gnu:aarch64-linux-gnu-g++ qemu-user:qemu-aarch64 googletest:/usr/src/googletest"
-missing=""
-for n in $need; do
-  pkg=${n%%:*} probe=${n#*:}
-  if [ "${probe#/}" != "$probe" ]; then [ -e "$probe" ] || missing="$missing $pkg"
-  else command -v "$probe" >/dev/null || missing="$missing $pkg"; fi
-done
-if [ -n "$missing" ]; then
-  SUDO=""; if [ "$(id -u)" != 0 ]; then SUDO="sudo"; fi
-  $SUDO apt-get update -qq
-  # shellcheck disable=SC2086
-  $SUDO env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends $missing >/dev/null
-fi
+scripts/install-packages.sh cross
 
 out=build/arm64-crc
 mkdir -p "$out"
