@@ -51,11 +51,11 @@ uint32_t zcrc(uint32_t crc, const uint8_t* p, size_t n) {
     return uint32_t(::crc32_z(crc, p, n));
 }
 
-Bytes pattern(size_t n, uint32_t seed) {
+Bytes pattern(size_t n, uint32_t salt) {
     Bytes v(n);
     for (auto& b : v) {
-        seed = seed * 1664525u + 1013904223u;
-        b = uint8_t(seed >> 24);
+        salt = salt * 1664525u + 1013904223u;
+        b = uint8_t(salt >> 24);
     }
     return v;
 }

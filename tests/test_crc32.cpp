@@ -44,10 +44,10 @@ uint32_t definition_step(uint32_t reg, uint8_t byte) {
 
 // A buffer whose data() + offset is 64-byte aligned for offset 0.
 struct Aligned {
-    explicit Aligned(size_t n, unsigned seed) : storage(n + 64) {
+    explicit Aligned(size_t n, unsigned salt) : storage(n + 64) {
         const auto at = reinterpret_cast<uintptr_t>(storage.data());
         base = storage.data() + ((64 - at % 64) % 64);
-        std::mt19937 gen(seed);
+        std::mt19937 gen(salt);
         for (size_t i = 0; i < n; ++i) base[i] = static_cast<uint8_t>(gen());
     }
     std::vector<uint8_t> storage;
